@@ -208,13 +208,13 @@ bool extract_keyword(const char* text, zorn_fixed_string* out, const char* keywo
     const bool anywhere = (flags & keyword_anywhere) != 0;
     const char* first = skip_separators(text);
     if (!*first) return false;
-    if ((flags & keyword_first || anywhere) && keyword_matches(first, keyword, abbrev)) {
+    if (((flags & keyword_first) || anywhere) && keyword_matches(first, keyword, abbrev)) {
         out->append(skip_separators(skip_word(first)));
         return true;
     }
     const char* previous_end = text;
     const char* last = find_last_word(text, &previous_end);
-    if ((flags & keyword_last || anywhere) && keyword_matches(last, keyword, abbrev)) {
+    if (((flags & keyword_last) || anywhere) && keyword_matches(last, keyword, abbrev)) {
         out->append(text, static_cast<int>(previous_end - text));
         return true;
     }
