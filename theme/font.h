@@ -16,7 +16,8 @@ constexpr int zorn_last_glyph = 126;
 // Point sizes at start-up.
 constexpr int zorn_default_font_size = 10;
 constexpr int zorn_default_button_font_size = 7;
-// The status font follows the button font, this much larger.
+constexpr int zorn_default_status_font_size = 10;
+// Later changes set the status font from the button font, this much larger.
 constexpr int zorn_status_font_size_offset = 2;
 
 class zorn_font : public wxFont {

@@ -1,0 +1,275 @@
+// Pixel operations of zorn_bitmap, checked at exact pixels.
+#include <gtest/gtest.h>
+#include <wx/image.h>
+
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "tests/theme/pixels.h"
+
+namespace {
+
+constexpr zorn_rgb paint{200, 100, 50};
+
+using point_set = std::set<std::pair<int, int>>;
+
+// Every pixel that is not black.
+point_set lit_pixels(zorn_bitmap& bitmap) {
+    point_set out;
+    for (int y = 0; y < bitmap.GetHeight(); y++)
+        for (int x = 0; x < bitmap.GetWidth(); x++)
+            if (pixel_at(bitmap, x, y) != zorn_black) out.insert({x, y});
+    return out;
+}
+
+zorn_bitmap black_bitmap(int w, int h) {
+    zorn_bitmap b(w, h);
+    b.Clear(zorn_black);
+    return b;
+}
+
+TEST(Bitmap, ConstructorsAndClear) {
+    zorn_bitmap plain;
+    EXPECT_EQ(plain.GetWidth(), 16);
+    EXPECT_EQ(plain.GetHeight(), 16);
+    EXPECT_EQ(plain.GetDepth(), 32);
+    EXPECT_EQ(alpha_at(plain, 15, 15), 255);
+
+    zorn_bitmap b(7, 5);
+    b.Clear(paint);
+    EXPECT_EQ(count_color(b, paint), 35);
+    EXPECT_EQ(alpha_at(b, 6, 4), 255);
+
+    zorn_bitmap tiny(0, -3);  // sizes below 1 become 1
+    EXPECT_EQ(tiny.GetWidth(), 1);
+    EXPECT_EQ(tiny.GetHeight(), 1);
+}
+
+TEST(Bitmap, ImageConstructorKeepsAlpha) {
+    wxImage image(2, 1);
+    image.SetRGB(0, 0, 10, 20, 30);
+    image.SetRGB(1, 0, 40, 50, 60);
+    image.SetAlpha();
+    image.SetAlpha(0, 0, 0);
+    image.SetAlpha(1, 0, 128);
+    zorn_bitmap b(image);
+    EXPECT_EQ(alpha_at(b, 0, 0), 0);
+    EXPECT_EQ(alpha_at(b, 1, 0), 128);
+    EXPECT_EQ(pixel_at(b, 1, 0), zorn_rgb(40, 50, 60));
+}
+
+TEST(Bitmap, CopyFromIsSeparate) {
+    zorn_bitmap a(3, 3), b(1, 1);
+    a.Clear(paint);
+    b.copy_from(a);
+    a.Clear(zorn_white);
+    EXPECT_EQ(b.GetWidth(), 3);
+    EXPECT_EQ(pixel_at(b, 2, 2), paint);
+}
+
+TEST(Bitmap, SetPixelClips) {
+    zorn_bitmap b = black_bitmap(4, 4);
+    b.SetPixel(1, 2, paint);
+    b.SetPixel(3, 3, 1, 2, 3);
+    for (auto [x, y] : std::vector<std::pair<int, int>>{{-1, 0}, {4, 0}, {0, -1}, {0, 4}}) b.SetPixel(x, y, zorn_white);
+    EXPECT_EQ(pixel_at(b, 1, 2), paint);
+    EXPECT_EQ(pixel_at(b, 3, 3), zorn_rgb(1, 2, 3));
+    EXPECT_EQ(lit_pixels(b).size(), 2u);
+}
+
+TEST(Bitmap, FilledRectangle) {
+    struct rect_case {
+        int x1, y1, x2, y2;
+        point_set::size_type expected;
+    } cases[] = {
+        {5, 5, 5, 5, 1},       // one pixel
+        {9, 9, 2, 2, 64},      // corners in any order
+        {2, 2, 9, 9, 64},
+        {-5, -5, 1, 1, 4},     // clipped at the top left
+        {10, 10, 30, 12, 12},  // clipped at the right: x 10..13, y 10..12
+        {20, 0, 30, 5, 0},     // wholly outside
+        {-3, -3, -1, 20, 0},
+    };
+    for (const auto& c : cases) {
+        zorn_bitmap b = black_bitmap(14, 14);
+        b.DrawFilledRectangle(c.x1, c.y1, c.x2, c.y2, paint);
+        EXPECT_EQ(lit_pixels(b).size(), c.expected) << c.x1 << "," << c.y1 << " " << c.x2 << "," << c.y2;
+        EXPECT_EQ((point_set::size_type)count_color(b, paint), c.expected);
+    }
+}
+
+TEST(Bitmap, LinesFollowTheStepRule) {
+    struct line_case {
+        int x1, y1, x2, y2;
+        point_set expected;
+    } cases[] = {
+        {3, 3, 3, 3, {{3, 3}}},
+        {0, 0, 4, 2, {{0, 0}, {1, 0}, {2, 1}, {3, 1}, {4, 2}}},
+        {4, 2, 0, 0, {{0, 0}, {1, 0}, {2, 1}, {3, 1}, {4, 2}}},  // drawn from the smaller x
+        {0, 0, 2, 4, {{0, 0}, {0, 1}, {1, 2}, {1, 3}, {2, 4}}},
+        {2, 0, 0, 4, {{2, 0}, {2, 1}, {1, 2}, {1, 3}, {0, 4}}},
+        {0, 0, 3, 3, {{0, 0}, {1, 1}, {2, 2}, {3, 3}}},          // dx == dy steps along y
+        {-2, 1, 2, 1, {{0, 1}, {1, 1}, {2, 1}}},                 // clipped
+    };
+    for (const auto& c : cases) {
+        zorn_bitmap b = black_bitmap(6, 6);
+        b.DrawLine(c.x1, c.y1, c.x2, c.y2, paint);
+        EXPECT_EQ(lit_pixels(b), c.expected) << c.x1 << "," << c.y1 << " to " << c.x2 << "," << c.y2;
+    }
+}
+
+TEST(Bitmap, GradientLineStartsAtFromAndStopsShortOfTo) {
+    zorn_bitmap b = black_bitmap(6, 3);
+    b.DrawGradientLine(0, 1, 3, 1, zorn_black, zorn_rgb(255, 0, 0));
+    // step = 255 * 256 / 4 = 16320
+    EXPECT_EQ(pixel_at(b, 0, 1), zorn_rgb(0, 0, 0));
+    EXPECT_EQ(pixel_at(b, 1, 1), zorn_rgb(63, 0, 0));
+    EXPECT_EQ(pixel_at(b, 2, 1), zorn_rgb(127, 0, 0));
+    EXPECT_EQ(pixel_at(b, 3, 1), zorn_rgb(191, 0, 0));
+
+    // Walks from the first end even when it is on the right, falling colour.
+    zorn_bitmap c = black_bitmap(6, 6);
+    c.DrawGradientLine(4, 4, 0, 0, zorn_rgb(250, 250, 250), zorn_rgb(0, 0, 0));
+    EXPECT_EQ(pixel_at(c, 4, 4), zorn_rgb(250, 250, 250));
+    EXPECT_EQ(pixel_at(c, 3, 3), zorn_rgb(200, 200, 200));  // step -250 * 256 / 5 = -12800
+    EXPECT_EQ(pixel_at(c, 0, 0), zorn_rgb(50, 50, 50));
+}
+
+TEST(Bitmap, GradientLineShallowMinorSteps) {
+    zorn_bitmap b = black_bitmap(6, 3);
+    b.DrawGradientLine(0, 0, 4, 2, zorn_white, zorn_white);
+    // error starts at -2 with m = 2, n = 4: the minor axis moves after pixels 0 and 2 (unlike
+    // DrawLine, which moves after pixels 1 and 3).
+    EXPECT_EQ(lit_pixels(b), (point_set{{0, 0}, {1, 1}, {2, 1}, {3, 2}, {4, 2}}));
+}
+
+TEST(Bitmap, GradientRectangles) {
+    const zorn_rgb to{200, 100, 0};
+    zorn_bitmap one = black_bitmap(5, 5);
+    one.DrawXGradientRectangle(2, 0, 2, 4, zorn_black, to);  // one pixel wide: halfway
+    EXPECT_EQ(pixel_at(one, 2, 3), zorn_rgb(100, 50, 0));
+
+    zorn_bitmap three = black_bitmap(5, 5);
+    three.DrawXGradientRectangle(3, 1, 1, 2, zorn_black, to);  // size 2, step / 4
+    EXPECT_EQ(pixel_at(three, 1, 1), zorn_rgb(50, 25, 0));
+    EXPECT_EQ(pixel_at(three, 2, 2), zorn_rgb(100, 50, 0));
+    EXPECT_EQ(pixel_at(three, 3, 1), zorn_rgb(150, 75, 0));
+    EXPECT_EQ(pixel_at(three, 3, 3), zorn_black);
+
+    // Cut off at the left: the walk starts at `from` at the bitmap's edge.
+    zorn_bitmap cut = black_bitmap(5, 5);
+    cut.DrawXGradientRectangle(-2, 0, 2, 0, zorn_black, to);  // size 4, step 200 * 256 / 6 = 8533
+    EXPECT_EQ(pixel_at(cut, 0, 0).red, 33);
+    EXPECT_EQ(pixel_at(cut, 1, 0).red, 66);
+    EXPECT_EQ(pixel_at(cut, 2, 0).red, 99);
+
+    zorn_bitmap vertical = black_bitmap(5, 5);
+    vertical.DrawYGradientRectangle(0, 0, 4, 2, to, zorn_black);  // falling, step -50 * 256 per channel / ...
+    EXPECT_EQ(pixel_at(vertical, 4, 0), zorn_rgb(150, 75, 0));
+    EXPECT_EQ(pixel_at(vertical, 0, 1), zorn_rgb(100, 50, 0));
+    EXPECT_EQ(pixel_at(vertical, 2, 2), zorn_rgb(50, 25, 0));
+    EXPECT_EQ(pixel_at(vertical, 2, 3), zorn_black);
+}
+
+TEST(Bitmap, FilledCircleRows) {
+    zorn_bitmap b = black_bitmap(12, 12);
+    b.DrawFilledCircle(5, 5, 2, paint);
+    // r (r + 1) = 6: half widths 2, 2, 1 for distances 0, 1, 2.
+    EXPECT_EQ(count_color(b, paint), 5 + 5 + 5 + 3 + 3);
+    EXPECT_EQ(pixel_at(b, 3, 4), paint);
+    EXPECT_EQ(pixel_at(b, 3, 3), zorn_black);
+    EXPECT_EQ(pixel_at(b, 4, 3), paint);
+
+    zorn_bitmap point = black_bitmap(12, 12);
+    point.DrawFilledCircle(5, 5, -4, paint);  // negative radius counts as 0
+    EXPECT_EQ(lit_pixels(point), (point_set{{5, 5}}));
+
+    zorn_bitmap edge = black_bitmap(12, 12);
+    edge.DrawFilledCircle(0, 0, 2, paint);  // clipped to the quarter inside
+    EXPECT_EQ(count_color(edge, paint), 3 + 3 + 2);
+}
+
+TEST(Bitmap, PolygonFillAndBorder) {
+    const zorn_rgb border{255, 0, 0}, fill{0, 255, 0};
+    const int square[] = {2, 2, 7, 2, 7, 7, 2, 7};
+    zorn_bitmap b = black_bitmap(10, 10);
+    b.DrawPolygon(4, square, 0, 0, border, fill);
+    EXPECT_EQ(pixel_at(b, 4, 4), fill);
+    EXPECT_EQ(pixel_at(b, 6, 6), fill);
+    EXPECT_EQ(pixel_at(b, 2, 2), border);
+    EXPECT_EQ(pixel_at(b, 4, 7), border);
+    EXPECT_EQ(pixel_at(b, 7, 4), border);
+    EXPECT_EQ(pixel_at(b, 1, 4), zorn_black);
+    EXPECT_EQ(pixel_at(b, 8, 4), zorn_black);
+    EXPECT_EQ(count_color(b, fill), 16);
+    EXPECT_EQ(count_color(b, border), 20);
+
+    // The offset moves every point.
+    zorn_bitmap moved = black_bitmap(10, 10);
+    moved.DrawPolygon(4, square, 1, 1, border, fill);
+    EXPECT_EQ(pixel_at(moved, 8, 8), border);
+    EXPECT_EQ(pixel_at(moved, 7, 7), fill);
+}
+
+TEST(Bitmap, PolygonDegenerateCases) {
+    const zorn_rgb border{255, 0, 0}, fill{0, 255, 0};
+    const int flat[] = {1, 3, 5, 3, 8, 3};  // no edges: only the border line
+    zorn_bitmap b = black_bitmap(10, 10);
+    b.DrawPolygon(3, flat, 0, 0, border, fill);
+    EXPECT_EQ(count_color(b, fill), 0);
+    EXPECT_EQ(lit_pixels(b).size(), 8u);
+
+    const int two[] = {0, 0, 5, 5};
+    zorn_bitmap none = black_bitmap(10, 10);
+    none.DrawPolygon(2, two, 0, 0, border, fill);
+    EXPECT_TRUE(lit_pixels(none).empty());
+
+    std::vector<int> many(2 * zorn_polygon_point_limit, 1);
+    none.DrawPolygon(zorn_polygon_point_limit, many.data(), 0, 0, border, fill);
+    EXPECT_TRUE(lit_pixels(none).empty());
+    // 999 points is the largest accepted polygon.
+    none.DrawPolygon(zorn_polygon_point_limit - 1, many.data(), 0, 0, border, fill);
+    EXPECT_EQ(pixel_at(none, 1, 1), border);
+}
+
+TEST(Bitmap, TriangleFill) {
+    const zorn_rgb border{255, 0, 0}, fill{0, 255, 0};
+    const int triangle[] = {0, 0, 8, 0, 0, 8};
+    zorn_bitmap b = black_bitmap(10, 10);
+    b.DrawPolygon(3, triangle, 0, 0, border, fill);
+    EXPECT_EQ(pixel_at(b, 2, 2), fill);
+    EXPECT_EQ(pixel_at(b, 6, 6), zorn_black);
+    EXPECT_EQ(pixel_at(b, 4, 4), border);  // on the hypotenuse
+}
+
+TEST(Bitmap, BitmapCopies) {
+    wxImage image(2, 2);
+    image.SetRGB(0, 0, 200, 100, 50);
+    image.SetRGB(1, 0, 200, 100, 50);
+    image.SetRGB(0, 1, 255, 255, 255);
+    image.SetRGB(1, 1, 40, 40, 40);
+    image.SetAlpha();
+    image.SetAlpha(0, 0, 128);
+    image.SetAlpha(1, 0, 255);
+    image.SetAlpha(0, 1, 0);
+    image.SetAlpha(1, 1, 0);
+    zorn_bitmap source(image);
+
+    zorn_bitmap ignore(4, 4);
+    ignore.Clear(zorn_white);
+    ignore.DrawBitmapIgnoreAlpha(source, -1, 3);  // only source column 1, row 0 lands
+    EXPECT_EQ(pixel_at(ignore, 0, 3), zorn_rgb(200, 100, 50));
+    EXPECT_EQ(pixel_at(ignore, 1, 3), zorn_white);
+    EXPECT_EQ(count_color(ignore, zorn_white), 15);
+
+    zorn_bitmap use(4, 4);
+    use.Clear(zorn_white);
+    use.DrawBitmapUseAlpha(source, 1, 1);
+    EXPECT_EQ(pixel_at(use, 1, 1), zorn_rgb(100, 50, 25));
+    EXPECT_EQ(pixel_at(use, 2, 1), zorn_rgb(199, 99, 49));  // x 255 / 256
+    EXPECT_EQ(pixel_at(use, 1, 2), zorn_black);              // transparent comes out black
+    EXPECT_EQ(pixel_at(use, 0, 0), zorn_white);
+}
+
+}  // namespace
