@@ -1,0 +1,315 @@
+#include "testworld/world.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "testworld/wire.h"
+
+namespace testworld {
+
+namespace {
+
+constexpr const char* name_prompt = "By what name are you known? ";
+constexpr const char* password_prompt = "Password: ";
+constexpr size_t name_minimum = 2;
+constexpr size_t name_maximum = 15;
+
+// The grid, row by row from the north; y grows to the south.
+const room room_table[] = {
+    {"Old Watchtower", "A ruined tower leans over the north-west corner of the village.", 0, 0},
+    {"North Road", "The road runs north out of the village between two stone walls.", 1, 0},
+    {"Orchard", "Apple trees stand in crooked rows, heavy with fruit.", 2, 0},
+    {"Smithy", "Heat rolls from the forge; a hammer rings somewhere behind it.", 0, 1},
+    {"Village Square", "Lanterns hang on ropes across the square around an old well.", 1, 1},
+    {"Market Row", "Empty stalls line the street; the traders are long gone home.", 2, 1},
+    {"Mill Pond", "Reeds grow thick around a still pond by the silent mill.", 0, 2},
+    {"South Gate", "A wooden gate closes the village to the south.", 1, 2},
+    {"Chapel Garden", "Moss covers the stones of a small walled garden.", 2, 2},
+};
+
+const std::vector<direction> direction_table = {
+    {"north", "n", 0, -1, 1},
+    {"east", "e", 1, 0, 4},
+    {"south", "s", 0, 1, 16},
+    {"west", "w", -1, 0, 64},
+};
+
+std::string trim(const std::string& text) {
+    const size_t first = text.find_first_not_of(" \t");
+    if (first == std::string::npos) return "";
+    const size_t last = text.find_last_not_of(" \t");
+    return text.substr(first, last - first + 1);
+}
+
+std::string lower(std::string text) {
+    for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+bool starts_with(const std::string& text, const char* prefix) { return text.rfind(prefix, 0) == 0; }
+
+std::string join(const std::vector<std::string>& words, const char* separator) {
+    std::string out;
+    for (size_t i = 0; i < words.size(); i++) {
+        if (i) out += separator;
+        out += words[i];
+    }
+    return out;
+}
+
+struct command_row {
+    const char* word;
+    const char* short_word;
+    void (session::*handler)(const std::string& arguments);
+};
+
+// Commands of a logged-in player. The compass directions are matched before this table.
+const command_row command_table[] = {
+    {"look", "l", &session::command_look},
+    {"say", "'", &session::command_say},
+    {"who", nullptr, &session::command_who},
+    {"quit", nullptr, &session::command_quit},
+    {"help", nullptr, &session::command_help},
+};
+
+}  // namespace
+
+const std::vector<direction>& directions() { return direction_table; }
+
+std::string exits_code(int mask) {
+    std::string code;
+    code += static_cast<char>('A' + ((mask >> 5) & 31));
+    code += static_cast<char>('A' + (mask & 31));
+    return code;
+}
+
+world::world() : grid_width(3), grid_height(3), rooms(std::begin(room_table), std::end(room_table)) {}
+
+const room* world::room_at(int x, int y) const {
+    for (const room& r : rooms)
+        if (r.x == x && r.y == y) return &r;
+    return nullptr;
+}
+
+const room& world::start_room() const { return *room_at(1, 1); }
+
+int world::exits_mask(const room& where) const {
+    int mask = 0;
+    for (const direction& way : direction_table)
+        if (room_at(where.x + way.dx, where.y + way.dy)) mask |= way.exit_bit;
+    return mask;
+}
+
+void world::enter(int id, const std::string& name, const room* where, deliver_function deliver) {
+    std::lock_guard<std::mutex> lock(mutex);
+    players.push_back({id, name, where, std::move(deliver)});
+}
+
+void world::leave(int id) {
+    std::lock_guard<std::mutex> lock(mutex);
+    players.erase(std::remove_if(players.begin(), players.end(), [id](const player& p) { return p.id == id; }),
+                  players.end());
+}
+
+void world::move(int id, const room* where) {
+    std::lock_guard<std::mutex> lock(mutex);
+    for (player& p : players)
+        if (p.id == id) p.where = where;
+}
+
+std::vector<std::string> world::player_names() const {
+    std::lock_guard<std::mutex> lock(mutex);
+    std::vector<std::string> names;
+    for (const player& p : players) names.push_back(p.name);
+    return names;
+}
+
+std::vector<std::string> world::names_in_room(const room* where, int except_id) const {
+    std::lock_guard<std::mutex> lock(mutex);
+    std::vector<std::string> names;
+    for (const player& p : players)
+        if (p.where == where && p.id != except_id) names.push_back(p.name);
+    return names;
+}
+
+void world::tell_room(const room* where, int except_id, const std::string& bytes) const {
+    std::lock_guard<std::mutex> lock(mutex);
+    for (const player& p : players)
+        if (p.where == where && p.id != except_id && p.deliver) p.deliver(bytes);
+}
+
+session::session(world* shared_world, int id, world::deliver_function deliver_bytes)
+    : game(shared_world), session_id(id), deliver(std::move(deliver_bytes)) {}
+
+session::~session() {
+    if (stage == stage_playing) game->leave(session_id);
+}
+
+void session::start() {
+    output += "\r\n" + colored("Ember Vale", sgr_yellow, true) + " " + colored("test world", sgr_cyan) + "\r\n";
+    output += "A small world for trying the client. Type 'help' once you are in.\r\n\r\n";
+    output += name_prompt;
+}
+
+std::string session::take_output() {
+    std::string taken;
+    taken.swap(output);
+    return taken;
+}
+
+void session::send_text(const std::string& text) { output += escape_text(text); }
+
+void session::prompt() { output += "\r\n> "; }
+
+void session::handle_line(const std::string& raw_line) {
+    std::string line = raw_line;
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (handle_client_line(line)) return;
+    switch (stage) {
+    case stage_name: handle_name(line); break;
+    case stage_password: handle_password(line); break;
+    case stage_playing: handle_command(line); break;
+    case stage_done: break;
+    }
+}
+
+// Lines that the client sends by itself, at any stage: never answered as commands.
+bool session::handle_client_line(const std::string& line) {
+    if (starts_with(line, "_lantern ")) {
+        identification = line;
+        return true;
+    }
+    if (line == "lnping") {
+        output += tag("event", "lnpong");
+        return true;
+    }
+    return starts_with(line, "lnlstatus ") || starts_with(line, "lnlwindow ");
+}
+
+void session::handle_name(const std::string& line) {
+    const std::string candidate = trim(line);
+    const bool letters_only = std::all_of(candidate.begin(), candidate.end(),
+                                          [](char c) { return std::isalpha(static_cast<unsigned char>(c)); });
+    if (!letters_only || candidate.size() < name_minimum || candidate.size() > name_maximum) {
+        send_text("Names are 2 to 15 letters, nothing else.\r\n");
+        output += name_prompt;
+        return;
+    }
+    name = lower(candidate);
+    name[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(name[0])));
+    stage = stage_password;
+    output += password_prompt;
+    output += password_mode_on();
+}
+
+void session::handle_password(const std::string& line) {
+    if (trim(line).empty()) {
+        send_text("A password, please.\r\n");
+        output += password_prompt;
+        return;
+    }
+    output += password_mode_off();
+    output += "\r\n";
+    stage = stage_playing;
+    where = &game->start_room();
+    game->enter(session_id, name, where, deliver);
+    output += tag("login", name);
+    output += tag("areaname", "Ember Vale");
+    output += "Welcome, " + colored(name, sgr_yellow, true) + ".\r\n\r\n";
+    game->tell_room(where, session_id, "\r\n" + escape_text(name) + " arrives.\r\n");
+    command_look("");
+}
+
+void session::handle_command(const std::string& line) {
+    const std::string text = trim(line);
+    if (text.empty()) {
+        prompt();
+        return;
+    }
+    // "'" says the rest, with or without a blank after it.
+    if (text[0] == '\'') {
+        command_say(trim(text.substr(1)));
+        return;
+    }
+    const size_t blank = text.find_first_of(" \t");
+    const std::string word = lower(text.substr(0, blank));
+    const std::string arguments = blank == std::string::npos ? "" : trim(text.substr(blank));
+    for (const direction& way : direction_table) {
+        if (word == way.name || word == way.short_name) {
+            walk(way);
+            return;
+        }
+    }
+    for (const command_row& row : command_table) {
+        if (word == row.word || (row.short_word && word == row.short_word)) {
+            (this->*row.handler)(arguments);
+            return;
+        }
+    }
+    send_text("Huh? Type 'help' for the commands.\r\n");
+    prompt();
+}
+
+void session::command_look(const std::string& /*arguments*/) {
+    const int mask = game->exits_mask(*where);
+    output += tag("dirs", "on " + exits_code(mask));
+    output += colored(where->name, sgr_white, true) + "\r\n";
+    send_text(std::string(where->description) + "\r\n");
+    std::vector<std::string> exits;
+    for (const direction& way : direction_table)
+        if (mask & way.exit_bit) exits.push_back(way.name);
+    output += colored("Exits: " + join(exits, ", ") + ".", sgr_green) + "\r\n";
+    const std::vector<std::string> others = game->names_in_room(where, session_id);
+    if (!others.empty()) send_text("Also here: " + join(others, ", ") + ".\r\n");
+    prompt();
+}
+
+void session::walk(const direction& way) {
+    const room* target = game->room_at(where->x + way.dx, where->y + way.dy);
+    if (!target) {
+        send_text("You cannot go that way.\r\n");
+        prompt();
+        return;
+    }
+    game->tell_room(where, session_id, "\r\n" + escape_text(name) + " leaves " + way.name + ".\r\n");
+    where = target;
+    game->move(session_id, where);
+    game->tell_room(where, session_id, "\r\n" + escape_text(name) + " arrives.\r\n");
+    command_look("");
+}
+
+void session::command_say(const std::string& arguments) {
+    if (arguments.empty()) {
+        send_text("Say what?\r\n");
+        prompt();
+        return;
+    }
+    const std::string said = sanitize_player_text(arguments);
+    output += "You say '" + colored(said, sgr_cyan) + "'\r\n";
+    game->tell_room(where, session_id, "\r\n" + escape_text(name) + " says '" + colored(said, sgr_cyan) + "'\r\n");
+    prompt();
+}
+
+void session::command_who(const std::string& /*arguments*/) {
+    const std::vector<std::string> names = game->player_names();
+    output += colored("Players in the test world:", sgr_magenta, true) + "\r\n";
+    for (const std::string& player : names) send_text("  " + player + "\r\n");
+    send_text(std::to_string(names.size()) + (names.size() == 1 ? " player.\r\n" : " players.\r\n"));
+    prompt();
+}
+
+void session::command_quit(const std::string& /*arguments*/) {
+    output += tag("event", "logoff");
+    send_text("Goodbye.\r\n");
+    game->tell_room(where, session_id, "\r\n" + escape_text(name) + " leaves the world.\r\n");
+    game->leave(session_id);
+    stage = stage_done;
+}
+
+void session::command_help(const std::string& /*arguments*/) {
+    send_text("Commands: north (n), east (e), south (s), west (w), look (l), say <text> (' <text>), who, "
+              "quit.\r\n");
+    prompt();
+}
+
+}  // namespace testworld
