@@ -67,6 +67,10 @@ bool find_url_in_text(const char* text, int length, int offset, int* first, int*
 
     // Leading punctuation; the brackets opened here may be closed at the other end.
     int balance[3] = {0, 0, 0};
+    // The backward walk stops at a scheme, so the bracket that encloses "(http://...)" lies
+    // before the start: it is counted all the same, or the link would keep the closing one.
+    for (int before = start - 1; before >= 0 && std::strchr("([{", text[before]) && text[before]; --before)
+        ++balance[bracket_kind(text[before])];
     while (start < end && std::strchr("{}[](),.?", text[start])) {
         const int kind = bracket_kind(text[start]);
         if (kind >= 0) balance[kind] += std::strchr("([{", text[start]) ? 1 : -1;
