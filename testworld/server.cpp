@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <openssl/ssl.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -133,11 +134,7 @@ void serve_flood(shared_state& shared, tls_connection& connection) {
     connection.close_clean();
 }
 
-void serve(shared_state& shared, tls_connection& connection) {
-    if (!connection.handshake(handshake_timeout_ms)) {
-        connection.close_drop();
-        return;
-    }
+void serve_after_handshake(shared_state& shared, tls_connection& connection) {
     switch (shared.options.mode) {
     case serve_mode::world: serve_world(shared, connection); break;
     case serve_mode::flood: serve_flood(shared, connection); break;
@@ -149,6 +146,14 @@ void serve(shared_state& shared, tls_connection& connection) {
         }
         break;
     }
+    }
+}
+
+void serve(shared_state& shared, tls_connection& connection) {
+    if (connection.handshake(handshake_timeout_ms)) {
+        serve_after_handshake(shared, connection);
+    } else {
+        connection.close_drop();
     }
     std::fprintf(stderr, "connection %d: closed\n", connection.id());
 }
@@ -196,6 +201,9 @@ void accept_loop(shared_state& shared, int listener) {
             if (fd >= 0 && static_cast<int>(workers.size()) >= connection_limit) {
                 close(fd);
             } else if (fd >= 0) {
+                // Replies go out at once: the client's lag meter times them.
+                const int on = 1;
+                setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
                 std::fprintf(stderr, "connection %d: accepted\n", next_id);
                 start_worker(shared, &workers, fd, next_id++);
                 if (shared.options.once) accepting = false;

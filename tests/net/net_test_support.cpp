@@ -256,7 +256,7 @@ int line_client::read_to_end(int timeout_ms) {
 }
 
 bool line_client::log_in(const std::string& name) {
-    return read_until("known? ") && send_line("_lantern 0f1e2d3c-test 0.1.0") && send_line(name) &&
+    return read_until("known? ") && send_line("_lantern 0f1e2d3c-test 0.1.0\n" + name) &&
            read_until("Password: ") && send_line("secret") && read_until(";elogin;");
 }
 

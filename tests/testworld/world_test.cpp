@@ -1,0 +1,191 @@
+// The world's sessions driven line by line, with no transport.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "testworld/world.h"
+
+namespace {
+
+using namespace testworld;
+
+const std::string iac_dont_echo("\xff\xfe\x01", 3);
+const std::string iac_do_echo("\xff\xfd\x01", 3);
+
+bool contains(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+// A session with the bytes other players send it.
+struct player {
+    player(world* game, int id) : id(id), link(game, id, [this](const std::string& bytes) { delivered += bytes; }) {}
+    std::string line(const std::string& text) {
+        link.handle_line(text);
+        return link.take_output();
+    }
+    void log_in(const std::string& name) {
+        link.start();
+        link.take_output();
+        line(name);
+        line("secret");
+    }
+    int id;
+    std::string delivered;
+    session link;
+};
+
+TEST(TestworldSession, BannerThenNamePrompt) {
+    world game;
+    player p(&game, 1);
+    p.link.start();
+    const std::string banner = p.link.take_output();
+    EXPECT_TRUE(contains(banner, "\x1b[1m\x1b[33mEmber Vale\x1b[0m"));
+    EXPECT_EQ(banner.substr(banner.size() - 28), "By what name are you known? ");
+    // One SGR code per sequence, as the game sends them.
+    for (size_t at = banner.find("\x1b["); at != std::string::npos; at = banner.find("\x1b[", at + 1)) {
+        const size_t end = banner.find('m', at);
+        ASSERT_NE(end, std::string::npos);
+        EXPECT_EQ(banner.substr(at, end - at).find(';'), std::string::npos);
+    }
+}
+
+TEST(TestworldSession, NamesAreTwoToFifteenLetters) {
+    world game;
+    for (const char* bad : {"", "a", "abc1", "sixteenletterszz", "bo b", "bob;", "\xff\xfe"}) {
+        player p(&game, 1);
+        p.link.start();
+        p.link.take_output();
+        const std::string reply = p.line(bad);
+        EXPECT_TRUE(contains(reply, "Names are 2 to 15 letters")) << bad;
+        EXPECT_FALSE(contains(reply, "Password")) << bad;
+    }
+    player p(&game, 2);
+    p.link.start();
+    p.link.take_output();
+    EXPECT_EQ(p.line("  bOB \r"), "Password: " + iac_dont_echo);
+    EXPECT_EQ(p.link.player_name(), "Bob");
+}
+
+TEST(TestworldSession, PasswordModeThenLogin) {
+    world game;
+    player p(&game, 1);
+    p.link.start();
+    p.link.take_output();
+    EXPECT_EQ(p.line("_lantern 0f1e-uuid 1.2.3"), "") << "the client's identification is not a name";
+    EXPECT_EQ(p.link.client_identification(), "_lantern 0f1e-uuid 1.2.3");
+    p.line("Anna");
+    EXPECT_EQ(p.line("  "), "A password, please.\r\nPassword: ") << "password mode stays on";
+    const std::string reply = p.line("hunter2");
+    EXPECT_EQ(reply.substr(0, 3), iac_do_echo);
+    EXPECT_TRUE(contains(reply, ";slogin;Anna;elogin;"));
+    EXPECT_TRUE(contains(reply, ";sareaname;Ember Vale;eareaname;"));
+    EXPECT_TRUE(contains(reply, ";sdirs;on CV;edirs;")) << "all four exits: 85";
+    EXPECT_TRUE(contains(reply, "Village Square"));
+    EXPECT_EQ(game.player_names(), std::vector<std::string>{"Anna"});
+}
+
+TEST(TestworldSession, WalkingTheGrid) {
+    world game;
+    player p(&game, 1);
+    p.log_in("Anna");
+    struct row {
+        const char* command;
+        const char* room_or_message;
+        const char* dirs;
+    };
+    const row walk[] = {
+        {"n", "North Road", ";sdirs;on CU;edirs;"},      // east south west
+        {"north", "You cannot go that way.", nullptr},
+        {"E", "Orchard", ";sdirs;on CQ;edirs;"},         // south west
+        {"s", "Market Row", ";sdirs;on CR;edirs;"},      // north south west
+        {"south", "Chapel Garden", ";sdirs;on CB;edirs;"},  // north west
+        {"w", "South Gate", ";sdirs;on CF;edirs;"},      // north east west
+        {"west", "Mill Pond", ";sdirs;on AF;edirs;"},    // north east
+        {"l", "Mill Pond", ";sdirs;on AF;edirs;"},
+        {"look", "Exits: north, east.", nullptr},
+    };
+    for (const row& r : walk) {
+        SCOPED_TRACE(r.command);
+        const std::string reply = p.line(r.command);
+        EXPECT_TRUE(contains(reply, r.room_or_message));
+        if (r.dirs) {
+            EXPECT_TRUE(contains(reply, r.dirs));
+        }
+    }
+    EXPECT_EQ(exits_code(0), "AA");
+    EXPECT_EQ(exits_code(85), "CV");
+    EXPECT_EQ(exits_code(1023), "``") << "31 above 'A' in both letters";
+}
+
+TEST(TestworldSession, SayReachesTheRoomOnlyAndIsEscaped) {
+    world game;
+    player anna(&game, 1), bert(&game, 2), cara(&game, 3);
+    anna.log_in("Anna");
+    bert.log_in("Bert");
+    cara.log_in("Cara");
+    cara.line("n");
+    anna.delivered.clear();
+    bert.delivered.clear();
+    cara.delivered.clear();
+    const std::string reply = anna.line(std::string("say hi;there\xff\x1b", 14));
+    EXPECT_TRUE(contains(reply, "You say '\x1b[36mhi;;there??\x1b[0m'"));
+    EXPECT_TRUE(contains(bert.delivered, "Anna says '\x1b[36mhi;;there??\x1b[0m'"));
+    EXPECT_EQ(cara.delivered, "");
+    EXPECT_TRUE(contains(anna.line("'quick"), "You say '\x1b[36mquick\x1b[0m'"));
+    EXPECT_TRUE(contains(anna.line("say"), "Say what?"));
+    EXPECT_TRUE(contains(anna.line("look"), "Also here: Bert."));
+}
+
+TEST(TestworldSession, WhoQuitAndLeaving) {
+    world game;
+    auto anna = std::make_unique<player>(&game, 1);
+    player bert(&game, 2);
+    anna->log_in("Anna");
+    bert.log_in("Bert");
+    const std::string who = bert.line("who");
+    EXPECT_TRUE(contains(who, "  Anna\r\n  Bert\r\n2 players.\r\n"));
+    const std::string bye = bert.line("quit");
+    EXPECT_LT(bye.find(";sevent;logoff;eevent;"), bye.find("Goodbye."));
+    EXPECT_TRUE(bert.link.finished());
+    EXPECT_TRUE(contains(anna->delivered, "Bert leaves the world."));
+    EXPECT_EQ(game.player_names(), std::vector<std::string>{"Anna"});
+    anna.reset();  // a connection that ends without quit
+    EXPECT_TRUE(game.player_names().empty());
+}
+
+TEST(TestworldSession, ClientLinesAreAnsweredAtEveryStage) {
+    world game;
+    player p(&game, 1);
+    p.link.start();
+    p.link.take_output();
+    for (int stage = 0; stage < 3; stage++) {
+        SCOPED_TRACE(stage);
+        EXPECT_EQ(p.line("lnping"), ";sevent;lnpong;eevent;");
+        EXPECT_EQ(p.line("lnlstatus 10111110110101110110  1  2  0"), "");
+        EXPECT_EQ(p.line("lnlwindow close map"), "");
+        p.line(stage == 0 ? "Anna" : "secret");
+    }
+    EXPECT_EQ(p.line("lnping "), "Huh? Type 'help' for the commands.\r\n\r\n> ") << "only the exact line is a ping";
+}
+
+TEST(TestworldSession, RandomBytesNeverBreakASession) {
+    world game;
+    player p(&game, 1);
+    std::mt19937 random(20240917);
+    p.link.start();
+    for (int i = 0; i < 2000; i++) {
+        std::string line(random() % 40, '\0');
+        for (char& c : line) c = static_cast<char>(random() % 256);
+        if (i == 10) line = "Anna";
+        if (i == 11) line = "secret";
+        p.line(line);
+    }
+    if (p.link.finished()) return;  // the bytes happened to spell "quit"
+    EXPECT_EQ(p.line("lnping"), ";sevent;lnpong;eevent;");
+    const std::string reply = p.line("look");
+    EXPECT_TRUE(contains(reply, "Exits:"));
+}
+
+}  // namespace
