@@ -120,9 +120,9 @@ void zorn_select_background_theme(int index) {
     zorn_current_background_theme = record;
 }
 
-void switch_background_theme() { zorn_select_background_theme(zorn_pending_current_background_theme()); }
+void switch_background_theme() { zorn_select_background_theme(zorn_pending_setting("current_background_theme")); }
 
-void switch_button_theme() { zorn_select_button_theme(zorn_pending_current_theme()); }
+void switch_button_theme() { zorn_select_button_theme(zorn_pending_setting("current_theme")); }
 
 void switch_themes() {
     switch_background_theme();

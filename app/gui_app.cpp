@@ -1,0 +1,94 @@
+#include "app/gui_app.h"
+
+#include <wx/display.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+#include "app/command_line.h"
+#include "app/main_frame.h"
+#include "base/random.h"
+#include "config/config_directory.h"
+#include "config/debug_log.h"
+#include "net/ssl_context.h"
+#include "theme/builtin_images.h"
+#include "theme/font.h"
+#include "theme/pending_settings.h"
+#include "theme/theme.h"
+
+namespace {
+
+void log_at(int level, const char* text) {
+    if (zorn_debug_level >= level) zorn_client_debug_printf("%s", text);
+}
+
+// Step 14: the display that holds the frame; a bogus size falls back to 640 by 480.
+void read_display_size(wxWindow* frame) {
+    int index = wxDisplay::GetFromWindow(frame);
+    if (index == wxNOT_FOUND) index = 0;
+    const wxRect geometry = wxDisplay((unsigned)index).GetGeometry();
+    screen_width = geometry.GetWidth();
+    screen_height = geometry.GetHeight();
+    if (screen_width < 1) {
+        if (zorn_debug_level >= 1)
+            zorn_client_debug_printf("Error in OnInit(), got bogus screen/display xsize of %d.  Setting to 640.\n",
+                                     screen_width);
+        screen_width = 640;
+    }
+    if (screen_height < 1) {
+        if (zorn_debug_level >= 1)
+            zorn_client_debug_printf("Error in OnInit(), got bogus screen/display ysize of %d.  Setting to 480.\n",
+                                     screen_height);
+        screen_height = 480;
+    }
+    if (zorn_debug_level >= 2)
+        zorn_client_debug_printf("OnInit(), got screen/display size of %d, %d.\n", screen_width, screen_height);
+}
+
+}  // namespace
+
+bool zorn_gui_app::OnInit() {
+    zorn_client_set_autoopen_debug_logfile_name("ember_vale_lantern.txt");
+    log_at(2, "--------------------------- BOOT START --------------------------\n");
+
+    signal(SIGPIPE, SIG_IGN);
+    if (!zorn_ssl_startup()) {
+        log_at(1, "Boot failed, SSL startup is broken.\n");
+        exit(1);
+    }
+    if (!zorn_client_set_up_config_directory("EmberVale")) {
+        log_at(1, "Boot failed, unable to get at system config directory.\n");
+        exit(1);
+    }
+    random_time_seed();
+    create_themes();
+    zorn_load_builtin_images();
+    zorn_create_fonts(zorn_pending_setting("font_size"));
+    // FIXME: the system configuration is loaded here once it exists.
+
+    zorn_parse_command_line(argc, (const char* const*)argv, launcher_version, zorn_launcher_version_limit + 1);
+    switch_themes();
+
+    auto* frame = new zorn_mw(nullptr, wxID_ANY, wxString::FromUTF8(zorn_frame_title), wxDefaultPosition,
+                              wxSize(zorn_frame_width, zorn_frame_height), wxDEFAULT_FRAME_STYLE);
+    frame->Show(true);
+    SetTopWindow(frame);
+    read_display_size(frame);
+    // FIXME: the soundpack updater thread starts here.
+    return true;
+}
+
+int zorn_gui_app::OnExit() {
+    log_at(2, "--------------------------- PROGRAM EXIT --------------------------\n");
+    return 0;
+}
+
+void zorn_gui_app::OnAssertFailure(const wxChar* file, int line, const wxChar* func, const wxChar* cond,
+                                   const wxChar* msg) {
+    const wxString text = wxString::Format("wxASSERT %s:%d %s: %s %s", wxString(file), line, wxString(func),
+                                           wxString(cond), wxString(msg));
+    std::fprintf(stderr, "%s\n", (const char*)text.utf8_str());
+    if (zorn_debug_level >= 1) zorn_client_debug_printf("%s\n", (const char*)text.utf8_str());
+    if (std::getenv("LANTERN_ASSERT_ABORT")) std::abort();
+}

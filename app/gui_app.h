@@ -1,0 +1,14 @@
+#pragma once
+// The application object: the start-up order, and what happens to a failed toolkit assertion.
+
+#include <wx/app.h>
+
+class zorn_gui_app : public wxApp {
+public:
+    bool OnInit() override;
+    int OnExit() override;
+    // Printed to standard error (and the log) instead of the toolkit's modal dialog, which would
+    // hang a client that nobody watches; aborts when LANTERN_ASSERT_ABORT is set, for tests.
+    void OnAssertFailure(const wxChar* file, int line, const wxChar* func, const wxChar* cond,
+                         const wxChar* msg) override;
+};

@@ -1,0 +1,406 @@
+#include "app/main_frame.h"
+
+#include <wx/dcclient.h>
+#include <wx/font.h>
+#include <wx/icon.h>
+#include <wx/pen.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "app/browser.h"
+#include "app/layout.h"
+#include "base/threads.h"
+#include "base/words.h"
+#include "config/debug_log.h"
+#include "input/embedded_window.h"
+#include "input/input_window.h"
+#include "theme/builtin_images.h"
+#include "theme/font.h"
+#include "theme/pending_settings.h"
+#include "theme/theme.h"
+
+#ifndef LANTERN_WEB_HOST
+#define LANTERN_WEB_HOST "www.embervale.example"
+#endif
+
+int constructor_finished = 0;
+int deferred_focus = 0;
+int screen_width = 0;
+int screen_height = 0;
+char launcher_version[257] = "";
+char url_request[zorn_url_request_size] = "";
+int url_request_set = 0;
+
+namespace {
+
+zorn_mw* main_frame = nullptr;
+wxIcon* frame_icon = nullptr;
+
+void log2(const char* text) {
+    if (zorn_debug_level >= 2) zorn_client_debug_printf("%s", text);
+}
+
+wxColour to_wx(const zorn_rgb& c) { return wxColour((unsigned char)c.red, (unsigned char)c.green, (unsigned char)c.blue); }
+
+}  // namespace
+
+zorn_mw* zorn_main_frame() { return main_frame; }
+
+const char* zorn_web_host() { return LANTERN_WEB_HOST; }
+
+void zorn_web_main_page(zorn_fixed_string* out) {
+    out->set("http://");
+    out->append(zorn_web_host());
+    out->append("/?ln");
+}
+
+void zorn_set_frame_icon(const wxIcon& icon) {
+    delete frame_icon;
+    frame_icon = new wxIcon(icon);
+}
+
+zorn_frame::zorn_frame(wxWindow* parent, wxWindowID id, const wxString& title, const wxPoint& pos,
+                       const wxSize& size, long style)
+    : wxFrame(parent, id, title, pos, size, style) {
+    SetName(wxT("zorn frame ") + title);
+    if (frame_icon) SetIcon(*frame_icon);
+}
+
+wxBEGIN_EVENT_TABLE(zorn_mw, zorn_frame)
+    EVT_TIMER(zorn_tick_timer_id, zorn_mw::OnTimer)
+    EVT_TIMER(zorn_ping_timer_id, zorn_mw::ping_handler)
+    EVT_TIMER(zorn_autosave_timer_id, zorn_mw::autosave_handler)
+    EVT_SIZE(zorn_mw::OnResize)
+    EVT_SET_FOCUS(zorn_mw::focus_handler)
+    EVT_CLOSE(zorn_mw::close_handler)
+    EVT_PAINT(zorn_mw::repaint_handler)
+    EVT_ERASE_BACKGROUND(zorn_mw::erase_handler)
+    EVT_MOUSE_EVENTS(zorn_mw::mouse_handler)
+wxEND_EVENT_TABLE()
+
+// Panels and dialogs of later subsystems join in the places their steps name.
+zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const wxPoint& pos, const wxSize& size,
+                 long style)
+    : zorn_frame(parent, id, title, pos, size, style),
+      shutdown_countdown(0),
+      client_status_dirty(0),
+      input_window(nullptr),
+      tick_timer(this, zorn_tick_timer_id),
+      ping_timer(this, zorn_ping_timer_id),
+      autosave_timer(this, zorn_autosave_timer_id),
+      ping_sent_time(0),
+      pending_message_set(0),
+      session_state(session_none),
+      last_width(-1),
+      last_height(-1),
+      channel_divert_active(0),
+      link_font(nullptr) {
+    // The panels reach the frame through this pointer while they are being built.
+    main_frame = this;
+    zorn_set_frame_link(this);
+    SetBackgroundStyle(wxBG_STYLE_PAINT);
+
+    input_window = new zorn_input_window(this, wxID_ANY, wxDefaultPosition, wxSize(20, 20), wxBORDER_NONE,
+                                         wxT("main input window"));
+
+    SetBackgroundColour(*wxBLACK);
+    input_window->line_edit.SetFont(*zorn_main_font());
+    input_window->line_edit.SetFocus();
+
+    layout_panels();
+    Refresh(false);
+    constructor_finished = 1;
+    delayed_initialization();
+}
+
+zorn_mw::~zorn_mw() {
+    tick_timer.Stop();
+    ping_timer.Stop();
+    autosave_timer.Stop();
+    zorn_set_frame_link(nullptr);
+    if (main_frame == this) main_frame = nullptr;
+    delete link_font;
+}
+
+// FIXME: audio starts here (when the system audio switch is on) once the mixer exists.
+void zorn_mw::delayed_initialization() {
+    tick_timer.Start(zorn_tick_period_ms);
+    ping_timer.Start(zorn_ping_period_ms);
+    autosave_timer.Start(zorn_autosave_period_ms);
+}
+
+void zorn_mw::OnTimer(wxTimerEvent&) {
+    if (!constructor_finished) {
+        log2("zorn_mw::OnTimer() - constructor not finished?\n");
+        return;
+    }
+    if (deferred_focus) {
+        input_window->SetFocus();
+        Raise();
+        deferred_focus = 0;
+    }
+    socket_handler();
+    animation_run(zorn_tick_ms);
+    if (session_state == session_logged_in && client_status_dirty) {
+        // FIXME: the client status line goes out here with the tag dispatcher.
+        client_status_dirty = 0;
+    }
+    if (pending_message_set) {
+        begin_message();
+        print_message(pending_message.c_str());
+        refresh_text();
+        pending_message.clear();
+        pending_message_set = 0;
+    }
+    if (url_request_set) {
+        url_request_set = 0;
+        open_browser(url_request);
+    }
+    if (shutdown_countdown > 0) {
+        shutdown_countdown--;
+        if (shutdown_countdown == 1) exit_step();
+    }
+}
+
+void zorn_mw::ping_handler(wxTimerEvent&) {
+    if (session_state != session_logged_in) return;
+    send_line("lnping");
+    ping_sent_time = zorn_gettimeofday_useconds();
+}
+
+// FIXME: popup positions and the system file are saved here once they exist.
+void zorn_mw::autosave_handler(wxTimerEvent&) {}
+
+void zorn_mw::socket_handler() {}
+
+void zorn_mw::process_user_command(const char* text, int) {
+    if (text) send_line(text);
+}
+
+// FIXME: the outgoing buffer of the connection.
+void zorn_mw::send_line(const char*) {}
+
+// FIXME: these write to the main display once it joins the frame.
+void zorn_mw::begin_message() {}
+void zorn_mw::print_message(const char*) {}
+void zorn_mw::refresh_text() {}
+void zorn_mw::unlock_main_scrollback() {}
+
+void zorn_mw::queue_message(const char* text) {
+    pending_message.append(text);
+    pending_message_set = 1;
+}
+
+void zorn_mw::OnResize(wxSizeEvent&) {
+    if (!constructor_finished) {
+        log2("zorn_mw::OnResize() - windows bug triggered, constructor not yet finished.  Ignoring.\n");
+        return;
+    }
+    const wxSize size = GetClientSize();
+    if (size.GetWidth() == last_width && size.GetHeight() == last_height) {
+        log2("zorn_mw::OnResize() - ignoring double resize.\n");
+        return;
+    }
+    if (size.GetWidth() != 0 && size.GetHeight() != 0) {
+        last_width = size.GetWidth();
+        last_height = size.GetHeight();
+    }
+    layout_panels();
+    Refresh(false);
+}
+
+// FIXME: the other panels are placed here as they join; the input window already is.
+void zorn_mw::layout_panels() {
+    update_background(false);
+    wxSize size = GetClientSize();
+    if (size.GetWidth() == 0 || size.GetHeight() == 0) size = wxSize(last_width, last_height);
+    layout_inputs in;
+    in.width = size.GetWidth();
+    in.height = size.GetHeight();
+    layout_settings& s = in.settings;
+    s.current_layout = zorn_pending_setting("current_layout");
+    s.group_status_display = zorn_pending_setting("group_status_display");
+    s.automap_docked = zorn_pending_setting("automap_docked");
+    s.automap_display = zorn_pending_setting("automap_display");
+    s.direction_button_enable = zorn_pending_setting("direction_button_enable");
+    s.hint_button_enable = zorn_pending_setting("hint_button_enable");
+    s.fkey_button_display = zorn_pending_setting("fkey_button_display");
+    s.popup_display = zorn_pending_setting("popup_display");
+    s.status_bar = zorn_pending_setting("status_bar");
+    s.hpbar_enable = zorn_pending_setting("hpbar_enable");
+    s.exp_display = zorn_pending_setting("exp_display");
+    s.enemy_hpbar_enable = zorn_pending_setting("enemy_hpbar_enable");
+    s.input_height = zorn_pending_setting("input_height");
+    s.channel_window_enable = zorn_pending_setting("channel_window_enable");
+    s.channel_window_height = zorn_pending_setting("channel_window_height");
+    in.logged_in = session_state == session_logged_in;
+    const layout_result placed = compute_layout(in);
+    const layout_rect& r = placed.input_window;
+    input_window->set_size(r.x, r.y, r.width, r.height);
+}
+
+void zorn_mw::update_background(bool force) {
+    if (!zorn_current_background_theme) switch_themes();
+    if (!zorn_current_background_theme) return;
+    const wxSize size = GetClientSize();
+    background.update(size.GetWidth(), size.GetHeight(), zorn_pending_setting("theme_bg_setting"),
+                      zorn_pending_setting("current_background_theme"), *zorn_current_background_theme, force);
+}
+
+// FIXME: the button groups, popup manager, automap, status display and channel window are told
+// here as they join.
+void zorn_mw::refresh_themes(bool force) {
+    switch_themes();
+    if (force) update_background(true);
+    layout_panels();
+    Refresh(false);
+}
+
+void zorn_mw::focus_handler(wxFocusEvent&) {
+    if (input_window) input_window->SetFocus();
+}
+
+bool zorn_mw::transfer_focus_main(wxWindow* window) {
+    if (!window) {
+        log2("Error in transfer_focus_main() - null w?\n");
+        return false;
+    }
+    for (wxWindow* w = window; w; w = w->GetParent()) {
+        if (w == this) {
+            input_window->SetFocus();
+            Raise();
+            deferred_focus = 1;
+            return true;
+        }
+        // A floating window keeps the keyboard.
+        if (w->GetWindowStyleFlag() & wxFRAME_FLOAT_ON_PARENT) return false;
+    }
+    wxWindow* parent = window->GetParent();
+    if (!parent) return false;
+    parent->SetFocus();
+    return true;
+}
+
+void zorn_mw::open_url(const char* url) {
+    if (!url) return;
+    if (zorn_debug_level >= 2) zorn_client_debug_printf("open_url() - '%s'.\n", url);
+    std::strncpy(url_request, url, zorn_url_request_size - 1);
+    url_request[zorn_url_request_size - 1] = '\0';
+    url_request_set = 1;
+}
+
+bool zorn_mw::open_browser(const char* url) {
+    if (zorn_http_fork(url)) return true;
+    for (const char* part : {"\n", "\n", "Sorry, but I can't seem open your browser.\n", "\n"}) pending_message.append(part);
+    pending_message.append(url ? url : "");
+    pending_message.append("\n");
+    pending_message.append("\n");
+    pending_message_set = 1;
+    return false;
+}
+
+void zorn_mw::system_shutdown_handler() {
+    log2("zorn_mw system_shutdown_handler.\n");
+    shutdown_countdown = zorn_shutdown_ticks;
+}
+
+void zorn_mw::verify_program_exit() { system_shutdown_handler(); }
+
+// FIXME: audio release, the popups' destroy_all and the system file's save join here.
+void zorn_mw::exit_step() {
+    log2("zorn_mw::shutdown - requested exit\n");
+    Destroy();
+    log2("zorn_mw::shutdown - exit forced to prevent hang due to close dialogs.\n");
+    // An open dialog can't keep the process alive past this point.
+    exit(0);
+}
+
+void zorn_mw::close_handler(wxCloseEvent& event) {
+    if (shutdown_countdown != 1 && event.CanVeto()) {
+        event.Veto();
+        verify_program_exit();
+        return;
+    }
+    Destroy();
+}
+
+void zorn_mw::erase_handler(wxEraseEvent&) {}
+
+void zorn_mw::repaint_handler(wxPaintEvent&) {
+    wxPaintDC dc(this);
+    if (!background.bitmap) {
+        log2("Error in zorn_mw::repaint_handler() - no background image?\n");
+        return;
+    }
+    dc.DrawBitmap(*background.bitmap, 0, 0, false);
+    const wxSize size = GetClientSize();
+    paint_link_and_logo(dc, size.GetWidth(), size.GetHeight());
+    paint_bevel(dc, size.GetWidth(), size.GetHeight());
+}
+
+// The logo with the web site's name under it, in the corner that the layout leaves free.
+void zorn_mw::paint_link_and_logo(wxDC& dc, int width, int height) {
+    if (!link_font) link_font = new wxFont(9, wxFONTFAMILY_TELETYPE, wxFONTSTYLE_NORMAL, wxFONTWEIGHT_NORMAL, true);
+    dc.SetFont(*link_font);
+    dc.SetTextForeground(*wxWHITE);
+    dc.SetTextBackground(*wxBLACK);
+    const wxString text = wxString::FromUTF8(zorn_web_host());
+    wxCoord text_width = 0, text_height = 0;
+    dc.GetTextExtent(text, &text_width, &text_height);
+    const zorn_bitmap* logo = zorn_builtin_image(zorn_image_logo);
+    const int logo_width = logo ? logo->GetWidth() : 0, logo_height = logo ? logo->GetHeight() : 0;
+    const int block_width = std::max(logo_width, (int)text_width);
+    const int block_height = text_height + logo_height - 5;
+
+    int logo_x = block_width / 2 - logo_width / 2, text_x = block_width / 2 - text_width / 2;
+    int logo_y = 10 - logo_height + height - text_height, text_y = height - text_height;
+    const int layout = zorn_pending_setting("current_layout");
+    if (layout >= 2) {
+        logo_y = 0;
+        text_y = logo_height - 5;
+        link_rect = {0, 0, block_width, block_height};
+    } else if (layout == 1) {
+        link_rect = {0, height - block_height, block_width, block_height};
+    } else {
+        logo_x = width - block_width / 2 - logo_width / 2;
+        text_x = width - block_width / 2 - text_width / 2;
+        link_rect = {width - block_width, height - block_height, block_width, block_height};
+    }
+    if (logo) dc.DrawBitmap(*logo, logo_x, logo_y, true);
+    dc.DrawText(text, text_x, text_y);
+}
+
+void zorn_mw::paint_bevel(wxDC& dc, int width, int height) {
+    if (!zorn_current_button_theme) return;
+    const zorn_button_theme& theme = *zorn_current_button_theme;
+    dc.SetPen(wxPen(to_wx(theme.triple[zorn_triple_lit_face]), 1, wxPENSTYLE_SOLID));
+    dc.DrawLine(1, 0, 1, height);
+    dc.DrawLine(width - 2, 0, width - 2, height);
+    dc.DrawLine(0, height - 2, width, height - 2);
+    dc.SetPen(wxPen(to_wx(theme.triple[zorn_triple_frame_outer]), 1, wxPENSTYLE_SOLID));
+    dc.DrawLine(0, 0, 0, height);
+    dc.DrawLine(width - 1, 0, width - 1, height);
+    dc.DrawLine(0, height - 1, width, height - 1);
+    dc.SetPen(wxNullPen);
+}
+
+void zorn_mw::mouse_handler(wxMouseEvent& event) {
+    const wxPoint p = event.GetPosition();
+    const bool inside = p.x > link_rect.x && p.x < link_rect.x + link_rect.width && p.y > link_rect.y &&
+                        p.y < link_rect.y + link_rect.height;
+    if (!event.LeftDown() || !inside) {
+        event.Skip();
+        return;
+    }
+    zorn_fixed_string page;
+    zorn_web_main_page(&page);
+    if (open_browser(page.c_str())) {
+        begin_message();
+        print_message("\n");
+        print_message("\nOpening the main Ember Vale web page in your browser...");
+        print_message("\n");
+        refresh_text();
+    }
+}
