@@ -115,16 +115,21 @@ void zorn_client_debug_printf(const char* format, ...) {
     s.file.write(buffer);
 }
 
-void zorn_client_debug_event(const char* text, unsigned category, int /*source*/) {
+bool zorn_client_debug_event_wanted(unsigned category) {
     const log_state& s = state();
-    if (s.all_off) return;
+    if (s.all_off) return false;
     category &= ~s.suppression_mask;
-    if (!category) return;
-    if (zorn_debug_level < ((category & zorn_cat_verbose) ? 3 : 1)) return;
-    zorn_client_debug_printf("%s\n", text ? text : "(null)");
+    if (!category) return false;
+    return zorn_debug_level >= ((category & zorn_cat_verbose) ? 3 : 1);
+}
+
+void zorn_client_debug_event(const char* text, unsigned category, int /*source*/) {
+    if (zorn_client_debug_event_wanted(category)) zorn_client_debug_printf("%s\n", text ? text : "(null)");
 }
 
 void zorn_client_debug_eventf(unsigned category, const char* format, ...) {
+    // Formatting costs more than the test, and most events are not wanted.
+    if (!zorn_client_debug_event_wanted(category)) return;
     char buffer[zorn_debug_printf_limit + 1];
     va_list args;
     va_start(args, format);

@@ -45,7 +45,9 @@ private:
 void zorn_client_debug_printf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 // One line, a line feed added. The source says who speaks and has no effect.
 void zorn_client_debug_event(const char* text, unsigned category, int source = 0);
-// Formatting convenience over zorn_client_debug_event.
+// True when an event of this category would be written now.
+bool zorn_client_debug_event_wanted(unsigned category);
+// Formatting convenience over zorn_client_debug_event; formats only when the event is wanted.
 void zorn_client_debug_eventf(unsigned category, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void zorn_client_debug_events_on();
 void zorn_client_debug_events_off();
