@@ -249,6 +249,21 @@ void zorn_mw::update_background(bool force) {
                       zorn_pending_setting("current_background_theme"), *zorn_current_background_theme, force);
 }
 
+// FIXME: the main display, channel window and popup manager take the font here as they join, and
+// the record stores it.
+void zorn_mw::refresh_main_font() {
+    input_window->line_edit.SetFont(*zorn_main_font());
+    layout_panels();
+    Refresh(false);
+}
+
+// FIXME: the record stores the button font, and the button rows, status panels, group display and
+// automap take it here as they join.
+void zorn_mw::refresh_button_font() {
+    layout_panels();
+    Refresh(false);
+}
+
 // FIXME: the button groups, popup manager, automap, status display and channel window are told
 // here as they join.
 void zorn_mw::refresh_themes(bool force) {

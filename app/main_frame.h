@@ -80,6 +80,10 @@ public:
     void queue_message(const char* text);
 
     void layout_panels();
+    // After a change of the main font's glyphs: everything measured with it is laid out again.
+    void refresh_main_font();
+    // After a change of the button and status fonts.
+    void refresh_button_font();
     void refresh_themes(bool force);
     void update_background(bool force);
 
