@@ -214,17 +214,17 @@ zorn_button::zorn_button(wxWindow* parent, wxWindowID id, const wxPoint& pos, co
 
 namespace {
 
-struct face_spec {
+struct face_recipe {
     int face;
     int bevel;
     int edge;  // -1: none
     int label;
 };
 
-void render_one(zorn_bitmap& scratch, const zorn_button_theme& theme, const face_spec& spec, const char* label) {
+void render_one(zorn_bitmap& scratch, const zorn_button_theme& theme, const face_recipe& recipe, const char* label) {
     const int w = scratch.GetWidth(), h = scratch.GetHeight();
-    draw_button_face(scratch, theme.triple[spec.face], spec.bevel);
-    if (spec.edge >= 0) draw_rounded_edge(scratch, theme.triple[spec.edge], w, h);
+    draw_button_face(scratch, theme.triple[recipe.face], recipe.bevel);
+    if (recipe.edge >= 0) draw_rounded_edge(scratch, theme.triple[recipe.edge], w, h);
     zorn_font* font = zorn_status_font();
     const int fit = chars_that_fit(font, label, w);
     if (fit <= 0) return;
@@ -234,7 +234,7 @@ void render_one(zorn_bitmap& scratch, const zorn_button_theme& theme, const face
     int text_width = 0, text_height = 0;
     font->measure_text(shown, &text_width, &text_height);
     scratch.DrawTextTransparent(font, shown, std::max((w - text_width) / 2, 0), std::max((h - text_height) / 2, 0),
-                                theme.triple[spec.label]);
+                                theme.triple[recipe.label]);
 }
 
 }  // namespace
@@ -247,21 +247,21 @@ void zorn_button::render_images() {
     const wxSize size = GetSize();
     zorn_bitmap scratch(std::max(size.GetWidth(), 1), std::max(size.GetHeight(), 1));
 
-    render_one(scratch, theme, toggle_mode ? face_spec{18, zorn_bevel_sunk, -1, 19} : face_spec{15, zorn_bevel_sunk, -1, 16},
+    render_one(scratch, theme, toggle_mode ? face_recipe{18, zorn_bevel_sunk, -1, 19} : face_recipe{15, zorn_bevel_sunk, -1, 16},
                label);
     pressed_image.copy_from(scratch);
-    render_one(scratch, theme, toggle_mode ? face_spec{21, zorn_bevel_sunk, 20, 22} : face_spec{15, zorn_bevel_sunk, 14, 16},
+    render_one(scratch, theme, toggle_mode ? face_recipe{21, zorn_bevel_sunk, 20, 22} : face_recipe{15, zorn_bevel_sunk, 14, 16},
                label);
     pressed_hover_image.copy_from(scratch);
     has_pressed_hover = 1;
-    render_one(scratch, theme, lit ? face_spec{3, zorn_bevel_raised, -1, 4} : face_spec{9, zorn_bevel_raised, -1, 10},
+    render_one(scratch, theme, lit ? face_recipe{3, zorn_bevel_raised, -1, 4} : face_recipe{9, zorn_bevel_raised, -1, 10},
                label);
     normal_image.copy_from(scratch);
-    render_one(scratch, theme, lit ? face_spec{6, zorn_bevel_raised, 5, 7} : face_spec{12, zorn_bevel_raised, 11, 13},
+    render_one(scratch, theme, lit ? face_recipe{6, zorn_bevel_raised, 5, 7} : face_recipe{12, zorn_bevel_raised, 11, 13},
                label);
     normal_hover_image.copy_from(scratch);
     has_normal_hover = 1;
-    render_one(scratch, theme, face_spec{24, zorn_bevel_raised, -1, 25}, label);
+    render_one(scratch, theme, face_recipe{24, zorn_bevel_raised, -1, 25}, label);
     disabled_image.copy_from(scratch);
     Refresh(false);
 }
