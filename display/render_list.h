@@ -20,6 +20,9 @@ struct zorn_render_list {
     int color = 0;       // colour code in parser form
 };
 
+// What one record costs in the list: its start and colour word and its attribute bytes.
+constexpr int zorn_render_record_bytes = sizeof(uint64_t) + sizeof(uint16_t);
+
 zorn_bulk_pool* zorn_render_list_pool();
 
 class zorn_render_store {
