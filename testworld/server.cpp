@@ -10,6 +10,8 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -198,7 +200,9 @@ void accept_loop(shared_state& shared, int listener) {
         if (ready > 0 && entries[0].revents) shared.stopping = true;
         if (ready > 0 && (entries[1].revents & POLLIN)) {
             const int fd = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-            if (fd >= 0 && static_cast<int>(workers.size()) >= connection_limit) {
+            if (fd < 0 && (errno == EMFILE || errno == ENFILE)) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the listener stays readable
+            } else if (fd >= 0 && static_cast<int>(workers.size()) >= connection_limit) {
                 close(fd);
             } else if (fd >= 0) {
                 // Replies go out at once: the client's lag meter times them.

@@ -211,6 +211,16 @@ bool tls_connection::write_raw(const std::string& bytes) {
     return offset == bytes.size();
 }
 
+// Text posted by other players no longer matters here: only the deadline and a stop end the wait.
+bool tls_connection::wait_in_linger(short events, long long deadline) {
+    for (;;) {
+        const long long remaining = deadline - monotonic_ms();
+        if (remaining <= 0 || stopping()) return false;
+        const wait_result waited = wait_for(events, static_cast<int>(remaining));
+        if (waited != wait_result::woken) return waited == wait_result::ready;
+    }
+}
+
 void tls_connection::finish_close(bool send_alert) {
     if (fd < 0) return;
     const long long deadline = monotonic_ms() + linger_ms;
@@ -219,17 +229,14 @@ void tls_connection::finish_close(bool send_alert) {
         if (result >= 0) break;
         const int error = SSL_get_error(ssl, result);
         if (error != SSL_ERROR_WANT_WRITE && error != SSL_ERROR_WANT_READ) break;
-        if (wait_for(POLLOUT, static_cast<int>(deadline - monotonic_ms())) != wait_result::ready) break;
+        if (!wait_in_linger(POLLOUT, deadline)) break;
     }
     // Read on until the peer closes too: closing with its bytes unread would turn our FIN into a
     // reset, and a reset can destroy the last bytes we sent before the peer reads them.
     shutdown(fd, SHUT_WR);
-    while (!gone && !stopping()) {
-        const long long remaining = deadline - monotonic_ms();
-        if (remaining <= 0) break;
-        const int taken = ssl ? take_in() : -1;
-        if (taken != 0) continue;
-        if (wait_for(POLLIN, static_cast<int>(remaining)) != wait_result::ready) break;
+    while (ssl && !gone && !stopping() && monotonic_ms() < deadline) {
+        const int taken = take_in();
+        if (taken < 0 || (taken == 0 && !wait_in_linger(POLLIN, deadline))) break;
     }
     close(fd);
     fd = -1;

@@ -60,6 +60,7 @@ private:
     int take_in();
     void collect_lines();
     void finish_close(bool send_alert);
+    bool wait_in_linger(short events, long long deadline);
     void mark_gone();
 
     int fd;

@@ -177,6 +177,29 @@ TEST(TcpSocket, CloseAlertFromThePeerEndsTheConnectionCleanly) {
     EXPECT_EQ(status, 0);
 }
 
+TEST(TcpSocket, PolledConnectWalksThroughTheHandshake) {
+    net_test::temp_dir dir;
+    net_test::testworld_process world;
+    ASSERT_TRUE(start_script_world(dir, &world, "line hi\nclose\n"));
+    zorn_tcp_socket socket;
+    socket.enable_ssl();
+    int result = socket.start_nonblocking_connect(loopback_address(), world.port());
+    for (int i = 0; i < 500 && result == 0; i++) {
+        EXPECT_NE(socket.current_state() & (socket_connecting | socket_ssl_connecting), 0);
+        usleep(2000);
+        result = socket.poll_connect();
+    }
+    ASSERT_EQ(result, 1);
+    EXPECT_EQ(socket.current_state(), socket_connected);
+    EXPECT_EQ(socket.poll_connect(), -1);
+    EXPECT_EQ(socket.get_write_error(), -43);
+    char buffer[16];
+    int count = 0;
+    for (int i = 0; i < 100 && count == 0; i++) count = socket.blocking_read(buffer, sizeof buffer, 20);
+    EXPECT_EQ(std::string(buffer, count > 0 ? count : 0), "hi\r\n");
+    socket.close();
+}
+
 TEST(TcpSocket, ResetByThePeerIsALostConnection) {
     net_test::temp_dir dir;
     net_test::testworld_process world;
