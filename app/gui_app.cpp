@@ -11,10 +11,10 @@
 #include "base/random.h"
 #include "config/config_directory.h"
 #include "config/debug_log.h"
+#include "config/lconfig.h"
 #include "net/ssl_context.h"
 #include "theme/builtin_images.h"
 #include "theme/font.h"
-#include "theme/pending_settings.h"
 #include "theme/theme.h"
 
 namespace {
@@ -64,8 +64,12 @@ bool zorn_gui_app::OnInit() {
     random_time_seed();
     create_themes();
     zorn_load_builtin_images();
-    zorn_create_fonts(zorn_pending_setting("font_size"));
-    // FIXME: the system configuration is loaded here once it exists.
+    LConfig& config = LConfig::instance();
+    zorn_create_fonts(config.get_default_font_size());
+    // New character records start with the fonts as they were just made.
+    config.set_font_defaults(zorn_main_font()->GetNativeFontInfoDesc().utf8_str(),
+                             zorn_button_font()->GetNativeFontInfoDesc().utf8_str(), zorn_button_font()->GetPointSize());
+    config.load_system_config();
 
     zorn_parse_command_line(argc, (const char* const*)argv, launcher_version, zorn_launcher_version_limit + 1);
     switch_themes();

@@ -14,16 +14,13 @@
 #include "base/threads.h"
 #include "base/words.h"
 #include "config/debug_log.h"
+#include "config/lconfig.h"
+#include "display/ansi_display.h"
 #include "input/embedded_window.h"
 #include "input/input_window.h"
 #include "theme/builtin_images.h"
 #include "theme/font.h"
-#include "theme/pending_settings.h"
 #include "theme/theme.h"
-
-#ifndef LANTERN_WEB_HOST
-#define LANTERN_WEB_HOST "www.embervale.example"
-#endif
 
 int constructor_finished = 0;
 int deferred_focus = 0;
@@ -48,11 +45,12 @@ wxColour to_wx(const zorn_rgb& c) { return wxColour((unsigned char)c.red, (unsig
 
 zorn_mw* zorn_main_frame() { return main_frame; }
 
-const char* zorn_web_host() { return LANTERN_WEB_HOST; }
+const char* zorn_web_host() { return LConfig::instance().get_web_host(); }
 
 void zorn_web_main_page(zorn_fixed_string* out) {
     out->set("http://");
     out->append(zorn_web_host());
+    if (LConfig::instance().get_web_port() != 80) out->appendf(":%d", LConfig::instance().get_web_port());
     out->append("/?ln");
 }
 
@@ -86,6 +84,10 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
     : zorn_frame(parent, id, title, pos, size, style),
       shutdown_countdown(0),
       client_status_dirty(0),
+      parser(*this),
+      main_display(nullptr),
+      text_target(nullptr),
+      saved_scroll_position(0),
       input_window(nullptr),
       tick_timer(this, zorn_tick_timer_id),
       ping_timer(this, zorn_ping_timer_id),
@@ -96,18 +98,28 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
       last_width(-1),
       last_height(-1),
       channel_divert_active(0),
+      first_pass_done(0),
+      connection_seen(0),
+      last_ping_ms(-1),
       link_font(nullptr) {
     // The panels reach the frame through this pointer while they are being built.
     main_frame = this;
     zorn_set_frame_link(this);
     SetBackgroundStyle(wxBG_STYLE_PAINT);
 
+    // The frame always has a character record in force, also before any login.
+    if (!LConfig::instance().current()) LConfig::instance().setup_default_config(nullptr);
+
     input_window = new zorn_input_window(this, wxID_ANY, wxDefaultPosition, wxSize(20, 20), wxBORDER_NONE,
                                          wxT("main input window"));
+    main_display = new zorn_main_window(this, wxID_ANY);
+    text_target = main_display;
 
     SetBackgroundColour(*wxBLACK);
     input_window->line_edit.SetFont(*zorn_main_font());
     input_window->line_edit.SetFocus();
+    main_display->set_display_font(zorn_main_font());
+    zorn_set_config_listener(this);
 
     layout_panels();
     Refresh(false);
@@ -120,6 +132,7 @@ zorn_mw::~zorn_mw() {
     ping_timer.Stop();
     autosave_timer.Stop();
     zorn_set_frame_link(nullptr);
+    if (zorn_get_config_listener() == this) zorn_set_config_listener(nullptr);
     if (main_frame == this) main_frame = nullptr;
     delete link_font;
 }
@@ -143,9 +156,10 @@ void zorn_mw::OnTimer(wxTimerEvent&) {
     }
     socket_handler();
     animation_run(zorn_tick_ms);
+    // Changes made before login stay pending and reach the server right after it.
     if (session_state == session_logged_in && client_status_dirty) {
-        // FIXME: the client status line goes out here with the tag dispatcher.
         client_status_dirty = 0;
+        send_client_status();
     }
     if (pending_message_set) {
         begin_message();
@@ -164,29 +178,10 @@ void zorn_mw::OnTimer(wxTimerEvent&) {
     }
 }
 
-void zorn_mw::ping_handler(wxTimerEvent&) {
-    if (session_state != session_logged_in) return;
-    send_line("lnping");
-    ping_sent_time = zorn_gettimeofday_useconds();
-}
+void zorn_mw::ping_handler(wxTimerEvent&) { send_ping(); }
 
-// FIXME: popup positions and the system file are saved here once they exist.
-void zorn_mw::autosave_handler(wxTimerEvent&) {}
-
-void zorn_mw::socket_handler() {}
-
-void zorn_mw::process_user_command(const char* text, int) {
-    if (text) send_line(text);
-}
-
-// FIXME: the outgoing buffer of the connection.
-void zorn_mw::send_line(const char*) {}
-
-// FIXME: these write to the main display once it joins the frame.
-void zorn_mw::begin_message() {}
-void zorn_mw::print_message(const char*) {}
-void zorn_mw::refresh_text() {}
-void zorn_mw::unlock_main_scrollback() {}
+// FIXME: popup window positions are saved here first once popups exist.
+void zorn_mw::autosave_handler(wxTimerEvent&) { LConfig::instance().save_system_config_file(); }
 
 void zorn_mw::queue_message(const char* text) {
     pending_message.append(text);
@@ -220,46 +215,55 @@ void zorn_mw::layout_panels() {
     in.width = size.GetWidth();
     in.height = size.GetHeight();
     layout_settings& s = in.settings;
-    s.current_layout = zorn_pending_setting("current_layout");
-    s.group_status_display = zorn_pending_setting("group_status_display");
-    s.automap_docked = zorn_pending_setting("automap_docked");
-    s.automap_display = zorn_pending_setting("automap_display");
-    s.direction_button_enable = zorn_pending_setting("direction_button_enable");
-    s.hint_button_enable = zorn_pending_setting("hint_button_enable");
-    s.fkey_button_display = zorn_pending_setting("fkey_button_display");
-    s.popup_display = zorn_pending_setting("popup_display");
-    s.status_bar = zorn_pending_setting("status_bar");
-    s.hpbar_enable = zorn_pending_setting("hpbar_enable");
-    s.exp_display = zorn_pending_setting("exp_display");
-    s.enemy_hpbar_enable = zorn_pending_setting("enemy_hpbar_enable");
-    s.input_height = zorn_pending_setting("input_height");
-    s.channel_window_enable = zorn_pending_setting("channel_window_enable");
-    s.channel_window_height = zorn_pending_setting("channel_window_height");
+    const LConfig& c = LConfig::instance();
+    s.current_layout = c.get_current_layout();
+    s.group_status_display = c.get_group_status_display();
+    s.automap_docked = c.get_automap_docked();
+    s.automap_display = c.get_automap_display();
+    s.direction_button_enable = c.get_direction_button_enable();
+    s.hint_button_enable = c.get_hint_button_enable();
+    s.fkey_button_display = c.get_fkey_button_display();
+    s.popup_display = c.get_popup_display();
+    s.status_bar = c.get_status_bar();
+    s.hpbar_enable = c.get_hpbar_enable();
+    s.exp_display = c.get_exp_display();
+    s.enemy_hpbar_enable = c.get_enemy_hpbar_enable();
+    s.input_height = c.get_input_height();
+    s.channel_window_enable = c.get_channel_window_enable();
+    s.channel_window_height = c.get_channel_window_height();
     in.logged_in = session_state == session_logged_in;
     const layout_result placed = compute_layout(in);
     const layout_rect& r = placed.input_window;
     input_window->set_size(r.x, r.y, r.width, r.height);
+    const layout_rect& m = placed.main_display;
+    main_display->set_size(m.x, m.y, m.width, m.height);
+    // A layout always brings the text back to its end.
+    main_display->unlock_scrollback();
 }
 
 void zorn_mw::update_background(bool force) {
     if (!zorn_current_background_theme) switch_themes();
     if (!zorn_current_background_theme) return;
     const wxSize size = GetClientSize();
-    background.update(size.GetWidth(), size.GetHeight(), zorn_pending_setting("theme_bg_setting"),
-                      zorn_pending_setting("current_background_theme"), *zorn_current_background_theme, force);
+    const LConfig& c = LConfig::instance();
+    background.update(size.GetWidth(), size.GetHeight(), c.get_theme_bg_setting(), c.get_current_background_theme(),
+                      *zorn_current_background_theme, force);
 }
 
-// FIXME: the main display, channel window and popup manager take the font here as they join, and
-// the record stores it.
+// FIXME: the channel window and popup manager take the font here as they join.
 void zorn_mw::refresh_main_font() {
-    input_window->line_edit.SetFont(*zorn_main_font());
+    zorn_font* font = zorn_main_font();
+    main_display->set_display_font(font);
+    input_window->line_edit.SetFont(*font);
+    LConfig::instance().store_main_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
     layout_panels();
     Refresh(false);
 }
 
-// FIXME: the record stores the button font, and the button rows, status panels, group display and
-// automap take it here as they join.
+// FIXME: the button rows, status panels, group display and automap take the font here as they join.
 void zorn_mw::refresh_button_font() {
+    zorn_font* font = zorn_button_font();
+    LConfig::instance().store_button_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
     layout_panels();
     Refresh(false);
 }
@@ -323,9 +327,10 @@ void zorn_mw::system_shutdown_handler() {
 
 void zorn_mw::verify_program_exit() { system_shutdown_handler(); }
 
-// FIXME: audio release, the popups' destroy_all and the system file's save join here.
+// FIXME: audio release and the popups' destroy_all join here.
 void zorn_mw::exit_step() {
     log2("zorn_mw::shutdown - requested exit\n");
+    LConfig::instance().save_system_config_file();
     Destroy();
     log2("zorn_mw::shutdown - exit forced to prevent hang due to close dialogs.\n");
     // An open dialog can't keep the process alive past this point.
@@ -338,6 +343,7 @@ void zorn_mw::close_handler(wxCloseEvent& event) {
         verify_program_exit();
         return;
     }
+    LConfig::instance().save_system_config_file();
     Destroy();
 }
 
@@ -371,7 +377,7 @@ void zorn_mw::paint_link_and_logo(wxDC& dc, int width, int height) {
 
     int logo_x = block_width / 2 - logo_width / 2, text_x = block_width / 2 - text_width / 2;
     int logo_y = 10 - logo_height + height - text_height, text_y = height - text_height;
-    const int layout = zorn_pending_setting("current_layout");
+    const int layout = LConfig::instance().get_current_layout();
     if (layout >= 2) {
         logo_y = 0;
         text_y = logo_height - 5;

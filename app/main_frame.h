@@ -9,7 +9,10 @@
 #include <cstdint>
 
 #include "app/background.h"
+#include "app/client_commands.h"
+#include "app/stream_parser.h"
 #include "base/fixed_string.h"
+#include "config/config_listener.h"
 #include "input/frame_link.h"
 #include "net/tcp_socket.h"
 
@@ -22,6 +25,8 @@ class wxFocusEvent;
 class wxCloseEvent;
 class wxMouseEvent;
 class zorn_input_window;
+class zorn_main_window;
+class zorn_ansi_display;
 
 // How far the player is; says nothing of the socket.
 enum : int {
@@ -61,7 +66,10 @@ public:
 // The icon every zorn_frame takes; none until stored.
 void zorn_set_frame_icon(const wxIcon& icon);
 
-class zorn_mw : public zorn_frame, public zorn_frame_link {
+class zorn_mw : public zorn_frame,
+               public zorn_frame_link,
+               public zorn_stream_sink,
+               public zorn_config_listener {
 public:
     zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const wxPoint& pos, const wxSize& size,
             long style);
@@ -72,7 +80,31 @@ public:
     bool transfer_focus_main(wxWindow* window) override;
     void unlock_main_scrollback() override;
 
+    // ---- The game connection (session.cpp) ----
+    // Port 0 or below means the configured port.
+    void socket_connect(int port);
+    void socket_disconnect(const char* reason);
+    // The pump of each tick: the first connect, then read all that waits, then write once.
+    void socket_handler();
+    void process_socket_data(const unsigned char* bytes, int length);
     void send_line(const char* text);
+    void append_outgoing_string(const char* text);
+    void enter_password_mode();
+    void leave_password_mode();
+    bool echo_allowed() const;
+    void select_history_list(int list);
+
+    // ---- Tags (tags.cpp) ----
+    void process_tagged_data(const char* name, const char* payload, int length);
+    void send_client_status();
+    // The lag meter's send step: "lnping" while logged in.
+    void send_ping();
+
+    // ---- Client commands (commands.cpp) ----
+    void config_cmd_process(const char* text);
+    void send_break();
+    void send_abort();
+
     void begin_message();
     void print_message(const char* text);
     void refresh_text();
@@ -81,9 +113,9 @@ public:
 
     void layout_panels();
     // After a change of the main font's glyphs: everything measured with it is laid out again.
-    void refresh_main_font();
+    void refresh_main_font() override;
     // After a change of the button and status fonts.
-    void refresh_button_font();
+    void refresh_button_font() override;
     void refresh_themes(bool force);
     void update_background(bool force);
 
@@ -97,8 +129,35 @@ public:
     // straight to system_shutdown_handler, as it does with no character in the game.
     void verify_program_exit();
 
-    // The socket pump of the tick. FIXME: connect, read and write arrive with the session code.
-    void socket_handler();
+    // zorn_stream_sink: what the stream parser hands on.
+    void begin_block() override;
+    void text_run(const char* bytes, int length) override;
+    void tagged_data(const char* name, const char* payload, int length) override;
+    void beep() override;
+    void end_block() override;
+
+    // zorn_config_listener (settings_link.cpp): what a setting does to the window.
+    bool is_logged_in() override;
+    void sync_menu_item(zorn_setting key, int value) override;
+    void sync_audio_menu_item(int value) override;
+    void mark_client_status_dirty() override;
+    void layout_and_refresh() override;
+    void relayout_scrollbar() override;
+    void switch_layout() override;
+    void apply_theme(zorn_theme_part part) override;
+    void show_status_bar(bool show) override;
+    void show_sky_bar(bool show) override;
+    void set_status_display_flag(zorn_setting key, int value) override;
+    void show_status_display(bool show) override;
+    void hide_group_display() override;
+    void set_channel_window_enable(int value) override;
+    void set_automap_scale(int automap_size) override;
+    void enable_automap_size_items(bool enable) override;
+    void update_automap_visibility() override;
+    void apply_fonts(const char* main_description, int main_size, const char* button_description,
+                     int button_size) override;
+    bool start_audio() override;
+    void stop_audio() override;
 
     // The link rectangle of the web link, as the last paint placed it.
     struct rect {
@@ -108,6 +167,12 @@ public:
     int shutdown_countdown;
     zorn_tcp_socket socket;
     int client_status_dirty;
+    zorn_stream_parser parser;
+    zorn_outgoing_buffer outgoing;
+    zorn_main_window* main_display;
+    // Where plain server text goes: main_display unless diverted into a popup window.
+    zorn_ansi_display* text_target;
+    int saved_scroll_position;
     zorn_input_window* input_window;
     wxTimer tick_timer;
     wxTimer ping_timer;
@@ -121,8 +186,28 @@ public:
     zorn_background_cache background;
     rect link_rect;
     int channel_divert_active;
+    // The automatic first connect is done; the socket has been seen connected.
+    int first_pass_done;
+    int connection_seen;
+    // The last lag sample in milliseconds, -1 before the first.
+    int last_ping_ms;
 
 private:
+    void run_client_command(const client_command_match& match);
+    void echo_line(const char* text);
+    void print_command_list();
+    void print_keyboard_list();
+    void print_version();
+    void print_debug_status();
+    void debug_level_command(const char* argument);
+    void debug_file_command(const char* argument);
+    void print_highlight(const char* text);
+    void tag_login(const char* payload, int length);
+    void tag_event(const char* payload);
+    void divert_text(const char* name, bool clear);
+    void undivert_text();
+    void unappend_text();
+
     void delayed_initialization();
     void OnTimer(wxTimerEvent& event);
     void ping_handler(wxTimerEvent& event);

@@ -1,7 +1,7 @@
 #include "theme/theme.h"
 
 #include "config/debug_log.h"
-#include "theme/pending_settings.h"
+#include "config/lconfig.h"
 
 zorn_button_theme* zorn_current_button_theme = nullptr;
 zorn_background_theme* zorn_current_background_theme = nullptr;
@@ -120,9 +120,9 @@ void zorn_select_background_theme(int index) {
     zorn_current_background_theme = record;
 }
 
-void switch_background_theme() { zorn_select_background_theme(zorn_pending_setting("current_background_theme")); }
+void switch_background_theme() { zorn_select_background_theme(LConfig::instance().get_current_background_theme()); }
 
-void switch_button_theme() { zorn_select_button_theme(zorn_pending_setting("current_theme")); }
+void switch_button_theme() { zorn_select_button_theme(LConfig::instance().get_current_theme()); }
 
 void switch_themes() {
     switch_background_theme();

@@ -1,0 +1,87 @@
+// What a change of setting does to the window: the frame's side of the settings listener, and
+// its link to the command line's password mode and histories.
+#include "app/main_frame.h"
+#include "config/lconfig.h"
+#include "display/ansi_display.h"
+#include "input/input_window.h"
+#include "theme/font.h"
+#include "theme/theme.h"
+
+namespace {
+
+// A font description the toolkit can read replaces the font's face; the size always applies.
+void apply_description(zorn_font* font, const char* description, int size) {
+    if (description && *description) {
+        wxFont parsed;
+        if (parsed.SetNativeFontInfo(wxString::FromUTF8(description))) font->copy_from(parsed);
+    }
+    if (size > 0) font->SetPointSize(size);
+}
+
+}  // namespace
+
+bool zorn_mw::is_logged_in() { return session_state == session_logged_in; }
+
+// FIXME: the menu bar's check and radio items follow here once the menus exist.
+void zorn_mw::sync_menu_item(zorn_setting, int) {}
+void zorn_mw::sync_audio_menu_item(int) {}
+
+void zorn_mw::mark_client_status_dirty() { client_status_dirty = 1; }
+
+void zorn_mw::layout_and_refresh() {
+    layout_panels();
+    Refresh(false);
+}
+
+void zorn_mw::relayout_scrollbar() {
+    main_display->enable_scrollbar(LConfig::instance().get_mw_scrollbar_enable());
+    main_display->unlock_scrollback();
+    main_display->force_resize();
+    Refresh(false);
+}
+
+// FIXME: reparent_automap and reparent_group_display run first once those panels exist.
+void zorn_mw::switch_layout() {
+    update_background(false);
+    layout_panels();
+    Refresh(false);
+}
+
+void zorn_mw::apply_theme(zorn_theme_part part) {
+    if (part == zorn_theme_part::button) {
+        switch_button_theme();
+        refresh_themes(false);
+    } else {
+        switch_background_theme();
+        refresh_themes(true);
+    }
+}
+
+// FIXME: the status bar, sky bar, status display, group display, channel window and automap take
+// these over as they join; until then the layout is all that follows.
+void zorn_mw::show_status_bar(bool) { layout_and_refresh(); }
+void zorn_mw::show_sky_bar(bool) {}
+void zorn_mw::set_status_display_flag(zorn_setting, int) {}
+void zorn_mw::show_status_display(bool) { layout_and_refresh(); }
+void zorn_mw::hide_group_display() {}
+void zorn_mw::set_channel_window_enable(int) { layout_and_refresh(); }
+void zorn_mw::set_automap_scale(int) {}
+void zorn_mw::enable_automap_size_items(bool) {}
+void zorn_mw::update_automap_visibility() {}
+
+void zorn_mw::apply_fonts(const char* main_description, int main_size, const char* button_description,
+                          int button_size) {
+    apply_description(zorn_main_font(), main_description, main_size);
+    apply_description(zorn_button_font(), button_description, button_size);
+    apply_description(zorn_status_font(), button_description, button_size + 2);
+}
+
+// FIXME: the mixer's output stream once audio exists; until then there is no sound path.
+bool zorn_mw::start_audio() { return false; }
+void zorn_mw::stop_audio() {}
+
+// FIXME: the command line editor keeps the password mode and the three histories once it lands.
+void zorn_mw::enter_password_mode() {}
+void zorn_mw::leave_password_mode() {}
+bool zorn_mw::echo_allowed() const { return true; }
+void zorn_mw::select_history_list(int) {}

@@ -1,0 +1,156 @@
+// The tag table: what each out-of-band tag from the server does, the session's life (login and
+// the session events), text diversion, the lag meter and the client status line.
+#include <cstdlib>
+#include <cstring>
+
+#include "app/main_frame.h"
+#include "base/threads.h"
+#include "base/words.h"
+#include "config/debug_log.h"
+#include "config/lconfig.h"
+#include "display/ansi_display.h"
+
+namespace {
+
+void no_handler(const char* name) {
+    if (zorn_debug_level >= 2)
+        zorn_client_debug_printf("Warning in zorn_mw::process_tagged_data(), no handler for tag '%s'.\n", name);
+}
+
+// "bf" or "b" followed by a number above 0: the function key and hint buttons' descriptions.
+bool numbered_tag(const char* name, const char* letters) {
+    const size_t n = std::strlen(letters);
+    return std::strncmp(name, letters, n) == 0 && std::atoi(name + n) > 0;
+}
+
+}  // namespace
+
+// Rows whose panel has not joined the frame yet log as an unknown tag does; each FIXME names the
+// panel that takes the row over.
+void zorn_mw::process_tagged_data(const char* name, const char* payload, int length) {
+    if (!name) return;
+    if (!payload) payload = "";
+    if (std::strcmp(name, "login") == 0) {
+        tag_login(payload, length);
+    } else if (std::strcmp(name, "uuid") == 0) {
+        LConfig::instance().set_uuid(payload);
+    } else if (std::strcmp(name, "event") == 0) {
+        tag_event(payload);
+    } else if (std::strcmp(name, "divert") == 0) {
+        divert_text(payload, true);
+    } else if (std::strcmp(name, "append") == 0) {
+        divert_text(payload, false);
+    } else if (std::strcmp(name, "undivert") == 0) {
+        undivert_text();
+    } else if (std::strcmp(name, "unappend") == 0) {
+        unappend_text();
+    } else if (std::strcmp(name, "config") == 0) {
+        config_cmd_process(payload);
+    } else if (std::strcmp(name, "sound") == 0) {
+        // FIXME: parse_audio_tag once the soundpack exists; with audio off the tag is ignored.
+        if (LConfig::instance().get_system_audio()) no_handler(name);
+    } else if (numbered_tag(name, "bf") || numbered_tag(name, "b")) {
+        no_handler(name);  // FIXME: function key and hint buttons
+    } else {
+        // FIXME: map, walkfail, dirs, areaname, combat, ncombat, enemyhp, group, xpp, hp, bclear,
+        // window_create, chdiv, chudiv, skystate and icons join with their panels.
+        no_handler(name);
+    }
+}
+
+void zorn_mw::tag_login(const char* payload, int length) {
+    if (length > 0 && *payload) {
+        zorn_fixed_string name;  // cut at its 5999 characters
+        name.append(payload, static_cast<int>(std::strcspn(payload, "\n")));
+        SetTitle(wxString::FromUTF8(zorn_frame_title) + wxT(" - Player ") + wxString::FromUTF8(name.c_str()));
+        LConfig::instance().switch_character(name.c_str());
+    }
+    session_state = session_logged_in;
+    select_history_list(2);
+    // FIXME: automap visibility, function keys, status bar, sky bar and status display follow the
+    // settings here once those panels exist.
+    leave_password_mode();
+    layout_panels();
+    Refresh(false);
+    client_status_dirty = 1;
+}
+
+void zorn_mw::tag_event(const char* payload) {
+    if (word_equal(payload, "colorflash")) {
+        if (!LConfig::instance().get_colorflash_enable()) return;
+        const char* rest = next_arg(payload);
+        text_target->textctrl->parse_colorflash(rest ? rest : "");
+        return;
+    }
+    if (std::strcmp(payload, "lnpong") == 0) {
+        last_ping_ms = static_cast<int>((zorn_gettimeofday_useconds() - ping_sent_time) / 1000);
+        // FIXME: add_ping_sample on the status bar, which shows the average, once it exists.
+        if (zorn_debug_level >= 3) zorn_client_debug_printf("zorn_mw - lag sample %d ms.\n", last_ping_ms);
+    } else if (std::strcmp(payload, "newcreate") == 0) {
+        session_state = session_creating;
+    } else if (std::strcmp(payload, "logoff") == 0) {
+        session_state = session_logging_off;
+    } else if (zorn_debug_level >= 2) {
+        zorn_client_debug_printf("Warning in zorn_mw::process_tagged_data(), got unhandled event '%s'.\n", payload);
+    }
+}
+
+// FIXME: the popup manager's find_display; until popup windows exist no name is found.
+void zorn_mw::divert_text(const char* /*name*/, bool /*clear*/) {
+    text_target = main_display;
+    main_display->reset_colors();
+    print_message("\n");
+    print_message("Sorry, no popup window by that name has been defined.\n");
+    print_message("\n");
+    refresh_text();
+}
+
+void zorn_mw::undivert_text() {
+    text_target->refresh_text();
+    // The reader's place survives a window that was rewritten while being read.
+    saved_scroll_position = text_target->get_scroll_position();
+    text_target->resume_updates();
+    text_target->set_scroll_position(saved_scroll_position);
+    text_target = main_display;
+}
+
+void zorn_mw::unappend_text() {
+    text_target->refresh_text();
+    text_target->scroll_to_end();
+    text_target = main_display;
+}
+
+void zorn_mw::send_ping() {
+    if (session_state != session_logged_in) return;
+    send_line("lnping");
+    ping_sent_time = zorn_gettimeofday_useconds();
+}
+
+void zorn_mw::send_client_status() {
+    const LConfig& c = LConfig::instance();
+    client_status_fields f{};
+    f.system_audio = c.get_system_audio();
+    f.cmd_separator = c.get_cmd_separator();
+    f.direction_button_enable = c.get_direction_button_enable();
+    f.hint_button_enable = c.get_hint_button_enable();
+    f.fkey_button_display = c.get_fkey_button_display();
+    f.status_bar = c.get_status_bar();
+    f.sky_bar = c.get_sky_bar();
+    f.exp_display = c.get_exp_display();
+    f.hpbar_enable = c.get_hpbar_enable();
+    f.enemy_hpbar_enable = c.get_enemy_hpbar_enable();
+    f.popup_display = c.get_popup_display();
+    f.group_status_display = c.get_group_status_display();
+    f.current_layout = c.get_current_layout();
+    f.automap_display = c.get_automap_display();
+    f.automap_docked = c.get_automap_docked();
+    f.channel_window_enable = c.get_channel_window_enable();
+    f.channel_window_dupe = c.get_channel_window_dupe();
+    f.colorflash_enable = c.get_colorflash_enable();
+    f.font_colors_setting = c.get_font_colors_setting();
+    f.voting_reminders = c.get_voting_reminders();
+    f.current_theme = c.get_current_theme();
+    f.current_background_theme = c.get_current_background_theme();
+    f.theme_bg_setting = c.get_theme_bg_setting();
+    process_user_command(build_client_status_line(f).c_str(), 0);
+}
