@@ -24,6 +24,7 @@ struct keyword_row {
 
 const keyword_row keyword_table[] = {
     {"expect", step_kind::expect}, {"ignore", step_kind::ignore}, {"send", step_kind::send},
+    {"sendfile", step_kind::sendfile},
     {"line", step_kind::line},     {"raw", step_kind::raw},       {"sleep", step_kind::sleep},
     {"timeout", step_kind::timeout}, {"close", step_kind::close}, {"drop", step_kind::drop},
     {"reset", step_kind::reset},
@@ -31,7 +32,7 @@ const keyword_row keyword_table[] = {
 
 bool takes_text(step_kind kind) {
     return kind == step_kind::expect || kind == step_kind::ignore || kind == step_kind::send ||
-           kind == step_kind::line || kind == step_kind::raw;
+           kind == step_kind::sendfile || kind == step_kind::line || kind == step_kind::raw;
 }
 
 bool takes_number(step_kind kind) { return kind == step_kind::sleep || kind == step_kind::timeout; }
@@ -44,7 +45,32 @@ bool ends_in_wildcard(const std::string& text) {
     return backslashes % 2 == 0;
 }
 
-bool parse_step(const std::string& line, int line_number, script_step* step, std::string* reason) {
+bool read_whole_file(const std::string& path, std::string* bytes) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return false;
+    std::ostringstream content;
+    content << file.rdbuf();
+    *bytes = content.str();
+    return true;
+}
+
+// sendfile: the argument names the file; the step keeps its bytes.
+bool load_step_file(script_step* step, const std::string& base_directory, std::string* reason) {
+    std::string path = step->bytes;
+    if (path.empty()) {
+        *reason = "'sendfile' needs a file name";
+        return false;
+    }
+    if (path[0] != '/' && !base_directory.empty()) path = base_directory + "/" + path;
+    if (!read_whole_file(path, &step->bytes)) {
+        *reason = "cannot read '" + path + "'";
+        return false;
+    }
+    return true;
+}
+
+bool parse_step(const std::string& line, int line_number, const std::string& base_directory, script_step* step,
+                std::string* reason) {
     const size_t blank = line.find(' ');
     const std::string word = line.substr(0, blank);
     const std::string argument = blank == std::string::npos ? "" : line.substr(blank + 1);
@@ -68,7 +94,7 @@ bool parse_step(const std::string& line, int line_number, script_step* step, std
             *reason = "bad escape at column " + std::to_string(blank + 2 + offset);
             return false;
         }
-        return true;
+        return row->kind != step_kind::sendfile || load_step_file(step, base_directory, reason);
     }
     if (takes_number(row->kind)) {
         char* end = nullptr;
@@ -133,7 +159,7 @@ void sleep_while_running(tls_connection* connection, int milliseconds) {
 
 }  // namespace
 
-bool parse_script(const std::string& text, script* out, std::string* error) {
+bool parse_script(const std::string& text, script* out, std::string* error, const std::string& base_directory) {
     out->steps.clear();
     std::istringstream input(text);
     std::string line;
@@ -144,7 +170,7 @@ bool parse_script(const std::string& text, script* out, std::string* error) {
         if (line.empty() || line[0] == '#') continue;
         script_step step{step_kind::close, "", 0, false, 0};
         std::string reason;
-        if (!parse_step(line, line_number, &step, &reason)) {
+        if (!parse_step(line, line_number, base_directory, &step, &reason)) {
             *error = "line " + std::to_string(line_number) + ": " + reason;
             return false;
         }
@@ -161,7 +187,8 @@ bool load_script(const std::string& path, script* out, std::string* error) {
     }
     std::ostringstream text;
     text << file.rdbuf();
-    return parse_script(text.str(), out, error);
+    const size_t slash = path.rfind('/');
+    return parse_script(text.str(), out, error, slash == std::string::npos ? "" : path.substr(0, slash));
 }
 
 bool run_script(const script& steps, tls_connection* connection, std::string* failure) {
@@ -172,7 +199,8 @@ bool run_script(const script& steps, tls_connection* connection, std::string* fa
         switch (step.kind) {
         case step_kind::expect: ok = run_expect(step, connection, timeout_ms, ignored, failure); break;
         case step_kind::ignore: ignored.push_back(step.bytes); break;
-        case step_kind::send: ok = connection->write_all(step.bytes, stall_timeout_ms); break;
+        case step_kind::send:
+        case step_kind::sendfile: ok = connection->write_all(step.bytes, stall_timeout_ms); break;
         case step_kind::line: ok = connection->write_all(step.bytes + "\r\n", stall_timeout_ms); break;
         case step_kind::raw: ok = connection->write_raw(step.bytes); break;
         case step_kind::sleep: sleep_while_running(connection, step.number); break;

@@ -7,6 +7,8 @@
 //                  any line that begins with the rest
 //   ignore TEXT    from now on, received lines beginning with TEXT are passed over by expect
 //   send TEXT      send the bytes over TLS, nothing added
+//   sendfile PATH  send the bytes of a file (read when the script is loaded; a relative path is
+//                  taken from the script's directory)
 //   line TEXT      send the bytes and "\r\n"
 //   raw TEXT       write the bytes to the TCP connection under TLS (the client sees a broken record)
 //   sleep MS       wait
@@ -25,11 +27,11 @@ namespace testworld {
 
 class tls_connection;
 
-enum class step_kind { expect, ignore, send, line, raw, sleep, timeout, close, drop, reset };
+enum class step_kind { expect, ignore, send, sendfile, line, raw, sleep, timeout, close, drop, reset };
 
 struct script_step {
     step_kind kind;
-    std::string bytes;  // unescaped argument of expect, ignore, send, line, raw
+    std::string bytes;  // unescaped argument of expect, ignore, send, line, raw; sendfile: the file's bytes
     int number = 0;     // milliseconds of sleep and timeout
     bool prefix = false;  // expect: match the beginning only
     int source_line = 0;
@@ -39,8 +41,9 @@ struct script {
     std::vector<script_step> steps;
 };
 
-// False with "line N: reason" in *error for the first bad line.
-bool parse_script(const std::string& text, script* out, std::string* error);
+// False with "line N: reason" in *error for the first bad line. Relative sendfile paths are taken
+// from base_directory (the working directory when empty).
+bool parse_script(const std::string& text, script* out, std::string* error, const std::string& base_directory = "");
 bool load_script(const std::string& path, script* out, std::string* error);
 
 // Runs the steps over an open, handshaken connection and closes it. False, with the reason in

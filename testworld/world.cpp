@@ -14,6 +14,25 @@ constexpr const char* password_prompt = "Password: ";
 constexpr size_t name_minimum = 2;
 constexpr size_t name_maximum = 15;
 
+// The popup windows of every login: name, title, size in characters, the command the client sends
+// when the window is opened, flags. window_create takes them as five lines.
+struct popup_row {
+    const char* name;
+    const char* title;
+    const char* size;
+    const char* command;
+    const char* flags;
+};
+const popup_row popup_table[] = {
+    {"Inventory", "What you carry", "40 10", "inventory", ""},
+    {"Journal", "Your journal", "50 12", "", "noscroll"},
+};
+
+// Without arguments, "flash" fades the text background from black to a dark red in 4 ticks and back
+// in 30: the payload is the start colour, then pairs of colour and ticks.
+constexpr const char* default_flash = "000000 B00000 4 000000 30";
+constexpr const char* default_config = "automap flash";
+
 // The grid, row by row from the north; y grows to the south.
 const room room_table[] = {
     {"Old Watchtower", "A ruined tower leans over the north-west corner of the village.", 0, 0},
@@ -70,7 +89,22 @@ const command_row command_table[] = {
     {"who", nullptr, &session::command_who},
     {"quit", nullptr, &session::command_quit},
     {"help", nullptr, &session::command_help},
+    {"inventory", "i", &session::command_inventory},
+    {"note", nullptr, &session::command_note},
+    {"popup", nullptr, &session::command_popup},
+    {"flash", nullptr, &session::command_flash},
+    {"config", nullptr, &session::command_config},
 };
+
+std::string window_create(const popup_row& row) {
+    return tag("window_create", std::string(row.name) + "\n" + row.title + "\n" + row.size + "\n" + row.command +
+                                    "\n" + row.flags + "\n");
+}
+
+// Text for a popup window: between the divert (or append) tag and its end tag.
+std::string diverted(const char* start, const char* end, const std::string& window, const std::string& text) {
+    return tag(start, window) + text + single_tag(end);
+}
 
 }  // namespace
 
@@ -215,6 +249,7 @@ void session::handle_password(const std::string& line) {
     game->enter(session_id, name, where, deliver);
     output += tag("login", name);
     output += tag("areaname", "Ember Vale");
+    for (const popup_row& row : popup_table) output += window_create(row);
     output += "Welcome, " + colored(name, sgr_yellow, true) + ".\r\n\r\n";
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " arrives.\r\n");
     command_look("");
@@ -309,6 +344,55 @@ void session::command_quit(const std::string& /*arguments*/) {
 void session::command_help(const std::string& /*arguments*/) {
     send_text("Commands: north (n), east (e), south (s), west (w), look (l), say <text> (' <text>), who, "
               "quit.\r\n");
+    send_text("Client tests: inventory (i) fills a popup window, note <text> adds to the journal window, "
+              "popup <name> writes into any window, flash [colours] flashes the text, config [words] "
+              "switches a panel (default: automap flash).\r\n");
+    prompt();
+}
+
+void session::command_inventory(const std::string& /*arguments*/) {
+    std::string contents = colored("You are carrying:", sgr_white, true) + "\r\n";
+    contents += "  a brass lantern (lit)\r\n";
+    contents += "  a loaf of bread\r\n";
+    contents += "  " + colored("12 gold coins", sgr_yellow) + "\r\n";
+    output += diverted("divert", "undivert", "Inventory", contents);
+    send_text("You look through your pack.\r\n");
+    prompt();
+}
+
+void session::command_note(const std::string& arguments) {
+    if (arguments.empty()) {
+        send_text("Write what?\r\n");
+        prompt();
+        return;
+    }
+    output += diverted("append", "unappend", "Journal", escape_text(sanitize_player_text(arguments)) + "\r\n");
+    send_text("You write it down in your journal.\r\n");
+    prompt();
+}
+
+void session::command_popup(const std::string& arguments) {
+    if (arguments.empty()) {
+        send_text("Which window?\r\n");
+        prompt();
+        return;
+    }
+    // Any name, also one the client has no window for: it then says so in the main text.
+    const std::string window = sanitize_player_text(arguments);
+    output += diverted("divert", "undivert", window, "This text was written for the window " + escape_text(window) + ".\r\n");
+    prompt();
+}
+
+void session::command_flash(const std::string& arguments) {
+    // The arguments go out as they are, so a test can send a payload the client must refuse.
+    const std::string colours = arguments.empty() ? default_flash : sanitize_player_text(arguments);
+    output += tag("event", "colorflash " + colours);
+    send_text("Lightning splits the sky!\r\n");
+    prompt();
+}
+
+void session::command_config(const std::string& arguments) {
+    output += tag("config", arguments.empty() ? default_config : sanitize_player_text(arguments));
     prompt();
 }
 

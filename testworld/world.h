@@ -4,8 +4,11 @@
 // transport; a connection feeds them lines and sends what they produce, and text from other
 // players arrives through each session's deliver function.
 //
-// Adding a feature (maps, groups, channels, popups) means a row in the command table of
-// world.cpp and, where it needs shared state, a member of world behind its mutex.
+// Adding a feature (maps, groups, channels) means a row in the command table of world.cpp and,
+// where it needs shared state, a member of world behind its mutex.
+//
+// Two popup windows are defined at each login: "Inventory", filled by diverting ("inventory", also
+// the window's own command), and "Journal", added to by appending ("note TEXT").
 
 #include <functional>
 #include <mutex>
@@ -97,6 +100,11 @@ public:
     void command_who(const std::string& arguments);
     void command_quit(const std::string& arguments);
     void command_help(const std::string& arguments);
+    void command_inventory(const std::string& arguments);
+    void command_note(const std::string& arguments);
+    void command_popup(const std::string& arguments);
+    void command_flash(const std::string& arguments);
+    void command_config(const std::string& arguments);
     void walk(const direction& way);
 
 private:

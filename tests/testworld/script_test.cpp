@@ -3,6 +3,7 @@
 #include <string>
 
 #include "testworld/script.h"
+#include "tests/net/net_test_support.h"
 
 namespace {
 
@@ -80,6 +81,26 @@ TEST(TestworldScript, BadLinesAreReportedWithTheirNumber) {
         EXPECT_FALSE(parse_script(r.text, &parsed, &error)) << r.text;
         EXPECT_EQ(error, r.error);
     }
+}
+
+TEST(TestworldScript, SendfileReadsItsFileFromTheScriptsDirectory) {
+    net_test::temp_dir dir;
+    const std::string bytes("flood\r\n;sdirs;on AA;edirs;\xff\x00tail", 29);
+    net_test::write_file(dir.file("flood.txt"), bytes);
+    net_test::write_file(dir.file("run.txt"), "expect _lantern *\nsendfile flood.txt\nsendfile " + dir.file("flood.txt") + "\n");
+    script parsed;
+    std::string error;
+    ASSERT_TRUE(load_script(dir.file("run.txt"), &parsed, &error)) << error;
+    ASSERT_EQ(parsed.steps.size(), 3u);
+    EXPECT_EQ(parsed.steps[1].kind, step_kind::sendfile);
+    EXPECT_EQ(parsed.steps[1].bytes, bytes) << "relative to the script";
+    EXPECT_EQ(parsed.steps[2].bytes, bytes) << "absolute";
+
+    net_test::write_file(dir.file("bad.txt"), "close\nsendfile missing.txt\n");
+    EXPECT_FALSE(load_script(dir.file("bad.txt"), &parsed, &error));
+    EXPECT_EQ(error, "line 2: cannot read '" + dir.file("missing.txt") + "'");
+    EXPECT_FALSE(parse_script("sendfile\n", &parsed, &error));
+    EXPECT_EQ(error, "line 1: 'sendfile' needs a file name");
 }
 
 TEST(TestworldScript, MissingFileIsAnError) {

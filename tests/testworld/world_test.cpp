@@ -170,6 +170,53 @@ TEST(TestworldSession, ClientLinesAreAnsweredAtEveryStage) {
     EXPECT_EQ(p.line("lnping "), "Huh? Type 'help' for the commands.\r\n\r\n> ") << "only the exact line is a ping";
 }
 
+TEST(TestworldSession, LoginDefinesThePopupWindows) {
+    world game;
+    player p(&game, 1);
+    p.link.start();
+    p.link.take_output();
+    p.line("Anna");
+    const std::string reply = p.line("secret");
+    EXPECT_TRUE(contains(reply, ";swindow_create;Inventory\nWhat you carry\n40 10\ninventory\n\n;ewindow_create;"));
+    EXPECT_TRUE(contains(reply, ";swindow_create;Journal\nYour journal\n50 12\n\nnoscroll\n;ewindow_create;"));
+    EXPECT_LT(reply.find(";slogin;"), reply.find(";swindow_create;")) << "windows belong to the logged-in player";
+}
+
+// What the client-feature commands put on the wire: the tags, and the text around them.
+TEST(TestworldSession, ClientFeatureCommands) {
+    world game;
+    player p(&game, 1);
+    p.log_in("Anna");
+    struct row {
+        const char* command;
+        const char* wire;  // the whole reply up to the prompt
+    };
+    const row rows[] = {
+        {"inventory",
+         ";sdivert;Inventory;edivert;\x1b[1m\x1b[37mYou are carrying:\x1b[0m\r\n  a brass lantern (lit)\r\n"
+         "  a loaf of bread\r\n  \x1b[33m12 gold coins\x1b[0m\r\n;tundivert;You look through your pack.\r\n"},
+        {"i", ";sdivert;Inventory;edivert;"},
+        {"note buy rope; and oil",
+         ";sappend;Journal;eappend;buy rope;; and oil\r\n;tunappend;You write it down in your journal.\r\n"},
+        {"note", "Write what?\r\n"},
+        {"popup Spellbook",
+         ";sdivert;Spellbook;edivert;This text was written for the window Spellbook.\r\n;tundivert;"},
+        {"popup a;b", ";sdivert;a,b;edivert;This text was written for the window a;;b.\r\n;tundivert;"},
+        {"popup", "Which window?\r\n"},
+        {"flash", ";sevent;colorflash 000000 B00000 4 000000 30;eevent;Lightning splits the sky!\r\n"},
+        {"FLASH ff0000 000000 x", ";sevent;colorflash ff0000 000000 x;eevent;"},
+        {"config", ";sconfig;automap flash;econfig;"},
+        {"config hint_buttons disable", ";sconfig;hint_buttons disable;econfig;"},
+    };
+    for (const row& r : rows) {
+        SCOPED_TRACE(r.command);
+        const std::string reply = p.line(r.command);
+        EXPECT_EQ(reply.rfind(r.wire, 0), 0u) << reply;
+        EXPECT_EQ(reply.substr(reply.size() - 4), "\r\n> ");
+    }
+    EXPECT_TRUE(contains(p.line("help"), "inventory (i)"));
+}
+
 TEST(TestworldSession, RandomBytesNeverBreakASession) {
     world game;
     player p(&game, 1);
