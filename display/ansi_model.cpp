@@ -250,14 +250,14 @@ int zorn_ansi_model::debug_fill(int line_total) {
     int characters = 0;
     char word[12];
     for (int line = 0; line < line_total; ++line) {
-        const int words = zorn_random_number(50);
+        const int words = random_below(50);
         for (int w = 0; w < words; ++w) {
-            const int letters = 1 + zorn_random_number(10);
-            for (int i = 0; i < letters; ++i) word[i] = static_cast<char>('a' + zorn_random_number(26));
+            const int letters = 1 + random_below(10);
+            for (int i = 0; i < letters; ++i) word[i] = static_cast<char>('a' + random_below(26));
             word[letters] = ' ';
             word[letters + 1] = '\0';
-            const zorn_rgb fore(zorn_random_number(256), zorn_random_number(256), zorn_random_number(256));
-            const zorn_rgb back(zorn_random_number(256), zorn_random_number(256), zorn_random_number(256));
+            const zorn_rgb fore(random_below(256), random_below(256), random_below(256));
+            const zorn_rgb back(random_below(256), random_below(256), random_below(256));
             text->set_colors(fore, back);
             text->add_text(word, static_cast<size_t>(letters + 1));
             characters += letters + 1;

@@ -4,10 +4,21 @@
 #include <wx/dataobj.h>
 
 #include "config/debug_log.h"
+#include "config/lconfig.h"
 
 namespace {
 
-zorn_display_settings default_settings() { return zorn_display_settings(); }
+// With no current character record every getter answers 0, as everywhere in the client.
+zorn_display_settings default_settings() {
+    const LConfig& config = LConfig::instance();
+    zorn_display_settings settings;
+    settings.url_hotlinking = config.get_url_hotlinking();
+    settings.compact_mode = config.get_compact_mode();
+    settings.mw_scrollbar_enable = config.get_mw_scrollbar_enable();
+    settings.automap_display = config.get_automap_display();
+    settings.group_status_display = config.get_group_status_display();
+    return settings;
+}
 
 zorn_display_settings_source settings_source = default_settings;
 

@@ -4,9 +4,8 @@
 // read when they draw. The frame points these at its own operations when it is built; until then
 // the defaults below hold, so the widgets also work in tests and on their own.
 
-// The character settings that the display reads. FIXME: the frame points the source at the
-// LConfig getters of the same names once the character configuration is linked in; until then
-// the source answers the defaults of a fresh character record.
+// The character settings that the display reads. The source is LConfig's getters unless a test
+// puts its own in place (null puts LConfig back); the initial values are those of a fresh record.
 struct zorn_display_settings {
     int url_hotlinking = 1;
     int compact_mode = 0;

@@ -24,8 +24,12 @@ std::vector<std::string> opened;
 void record_clipboard(const char* text) { clipboard.push_back(text); }
 void record_url(const char* url) { opened.push_back(url); }
 
+// A fresh character's settings: no character record exists in these tests.
+zorn_display_settings fresh_settings() { return zorn_display_settings(); }
+
 struct display_window {
     display_window(int width = 400, int height = 200) {
+        zorn_set_display_settings_source(fresh_settings);
         frame = new wxFrame(nullptr, wxID_ANY, wxT("display test"), wxPoint(0, 0), wxSize(width, height));
         display = new zorn_main_window(frame);
         display->set_size(0, 0, width, height);
@@ -158,7 +162,7 @@ TEST(display_gui, the_text_control_sits_inside_the_frame_beside_the_scrollbar) {
         return settings;
     });
     w.display->force_resize();
-    zorn_set_display_settings_source(nullptr);
+    zorn_set_display_settings_source(fresh_settings);
     EXPECT_EQ(w.text()->GetSize(), wxSize(396, 196));
     EXPECT_EQ(w.display->get_scrollbar_width(), 0);
 }
