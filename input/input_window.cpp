@@ -13,9 +13,8 @@ wxEND_EVENT_TABLE()
 zorn_input_window::zorn_input_window(wxWindow* parent, wxWindowID id, const wxPoint& pos, const wxSize& size,
                                      long style, const wxString& name)
     : zorn_embedded_window(parent, id, pos, size, style, name),
-      line_edit(this, wxID_ANY, wxEmptyString, wxPoint(2, 1), wxSize(std::max(size.GetWidth() - 4, 1), std::max(size.GetHeight() - 2, 1)),
-                wxBORDER_NONE | wxTE_MULTILINE | wxTE_RICH | wxTE_PROCESS_ENTER | wxTE_NOHIDESEL,
-                wxDefaultValidator, name + wxT(" input window")) {}
+      line_edit(this, wxID_ANY, wxPoint(2, 1), wxSize(std::max(size.GetWidth() - 4, 1), std::max(size.GetHeight() - 2, 1)),
+                name + wxT(" input window")) {}
 
 void zorn_input_window::resize_handler(bool) {
     const wxSize size = GetSize();

@@ -3,9 +3,8 @@
 // line editor inside it, 2 pixels in from the sides and 1 from top and bottom. Focus given to this
 // window goes on to the line editor.
 
-#include <wx/textctrl.h>
-
 #include "input/embedded_window.h"
+#include "input/line_edit.h"
 
 class wxFocusEvent;
 
@@ -21,9 +20,8 @@ public:
     // The 16-phase flash of the edge (config tag "input_window" "flash").
     void flash_window() { start_flash(); }
 
-    // FIXME: becomes the command line editor (a wxTextCtrl subclass with the client's keys and
-    // histories) when that lands; the styles here are already its styles.
-    wxTextCtrl line_edit;
+    // The command line; a child of this window that lives as long as it does.
+    zorn_line_edit line_edit;
 
 private:
     void focus_handler(wxFocusEvent& event);
