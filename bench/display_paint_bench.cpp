@@ -5,9 +5,12 @@
 
 #include <wx/app.h>
 #include <wx/frame.h>
+#include <wx/image.h>
+#include <wx/imagpng.h>
 #include <wx/init.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "bench/corpus.h"
@@ -62,6 +65,11 @@ void BM_full_repaint_1920x1080(benchmark::State& state) {
         text->repaint_internal(*text->backing_bitmap);
     }
     count_glyphs(state, text);
+    // A picture of what was measured, for a look: LANTERN_BENCH_SNAPSHOT=path.png
+    if (const char* path = std::getenv("LANTERN_BENCH_SNAPSHOT"); path && state.range(0) == 0) {
+        if (!wxImage::FindHandler(wxBITMAP_TYPE_PNG)) wxImage::AddHandler(new wxPNGHandler);
+        text->backing_bitmap->ConvertToImage().SaveFile(path, wxBITMAP_TYPE_PNG);
+    }
     frame->Destroy();
 }
 BENCHMARK(BM_full_repaint_1920x1080)->Arg(0)->Arg(1)->ArgNames({"selected"})->Unit(benchmark::kMillisecond);

@@ -6,8 +6,10 @@
 #include <wx/dcmemory.h>
 #include <wx/frame.h>
 #include <wx/image.h>
+#include <wx/imagpng.h>
 #include <wx/rawbmp.h>
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -118,6 +120,11 @@ TEST(display_gui, coloured_text_shows_in_the_palette_colours) {
     EXPECT_EQ(pixel_at(screen, origin.x + x_red, origin.y + y), over_black({0xaa, 0, 0}, p.coverage));
     EXPECT_EQ(pixel_at(screen, origin.x + x_blue, origin.y + y), over_black({0, 0, 0xcc}, p.coverage));
     EXPECT_EQ(pixel_at(screen, 0, 0), zorn_rgb(255, 255, 255));
+    // The picture stays behind for a look when the test fails, or when asked for.
+    if (::testing::Test::HasFailure() || std::getenv("LANTERN_KEEP_SCREENSHOTS")) {
+        if (!wxImage::FindHandler(wxBITMAP_TYPE_PNG)) wxImage::AddHandler(new wxPNGHandler);
+        screen.SaveFile(LANTERN_BINARY_DIR "/display_gui_colours.png", wxBITMAP_TYPE_PNG);
+    }
 }
 
 TEST(display_gui, a_locked_display_shows_the_red_frame) {
