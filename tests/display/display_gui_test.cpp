@@ -256,6 +256,36 @@ TEST(display_gui, border_flash_blinks_sixteen_periods) {
     EXPECT_EQ(pixel_at(render(w.display), 1, 1), zorn_rgb(128, 128, 128));
 }
 
+TEST(display_gui, one_character_selection_survives_dragging_back) {
+    display_window w;
+    int char_width = 0, line_height = 0;
+    w.text()->get_max_char_size(&char_width, &line_height);
+    w.feed("abcdef");
+    const int y = w.text()->GetSize().GetHeight() - 1 - line_height + 2;
+    mouse(w.text(), wxEVT_LEFT_DOWN, 2 * char_width + 1, y, true);
+    mouse(w.text(), wxEVT_MOTION, 3 * char_width + 1, y, true);
+    mouse(w.text(), wxEVT_MOTION, 2 * char_width + 1, y, true);
+    mouse(w.text(), wxEVT_LEFT_UP, 2 * char_width + 1, y, false);
+    EXPECT_TRUE(w.text()->has_selection());
+    EXPECT_EQ(clipboard.back(), "c");
+}
+
+TEST(display_gui, top_anchored_text_starts_at_the_top) {
+    display_window w;
+    w.text()->model.top_anchored = 1;
+    w.feed("\x1b[31m#");
+    const glyph_point p = strongest_point('#');
+    const wxImage drawn = render(w.text());
+    EXPECT_EQ(pixel_at(drawn, 1 + p.x, p.y), over_black({0xaa, 0, 0}, p.coverage));
+    w.text()->model.top_anchored = 0;
+    int char_width = 0, line_height = 0;
+    w.text()->get_max_char_size(&char_width, &line_height);
+    const wxImage bottom = render(w.text());
+    EXPECT_EQ(pixel_at(bottom, 1 + p.x, p.y), zorn_rgb(0, 0, 0));
+    EXPECT_EQ(pixel_at(bottom, 1 + p.x, bottom.GetHeight() - 1 - line_height + p.y),
+              over_black({0xaa, 0, 0}, p.coverage));
+}
+
 TEST(display_gui, selection_is_drawn_on_grey) {
     display_window w;
     int char_width = 0, line_height = 0;
