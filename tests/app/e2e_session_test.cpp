@@ -1,0 +1,181 @@
+// The real client against the real test world, in one process under Xvfb: the frame as the
+// application builds it connects by itself, and what the player types goes through the line editor
+// and the X server. What the world received is read back from its --log file.
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "app/main_frame.h"
+#include "config/lconfig.h"
+#include "display/ansi_display.h"
+#include "input/input_window.h"
+#include "tests/app/e2e_support.h"
+#include "tests/app/e2e_world.h"
+#include "tests/net/net_test_support.h"
+#include "tests/support/gui_main.h"
+
+namespace {
+
+size_t count_of(const std::string& text, const std::string& part) {
+    size_t found = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) found++;
+    return found;
+}
+
+class EndToEnd : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(e2e::world().ready()) << "the test world or the client's start-up failed";
+        log_start = e2e::world().received().size();
+        frame = e2e::make_frame();
+    }
+    void TearDown() override { e2e::destroy_frame(frame); }
+
+    // Lines the world received since this test began.
+    std::vector<std::string> received() const {
+        const std::vector<std::string> all = e2e::world().received();
+        return std::vector<std::string>(all.begin() + static_cast<long>(std::min(log_start, all.size())), all.end());
+    }
+    bool server_got(const std::string& line, size_t times = 1) {
+        return pump_until(
+            [&] {
+                size_t found = 0;
+                for (const std::string& r : received()) found += r == line;
+                return found >= times;
+            },
+            5000);
+    }
+    bool shown(const std::string& text, size_t times = 1) {
+        return pump_until([&] { return count_of(e2e::shown_text(frame), text) >= times; }, 5000);
+    }
+    void log_in(const std::string& name) {
+        ASSERT_TRUE(shown("By what name are you known? "));
+        ASSERT_TRUE(e2e::type_line(frame, name));
+        ASSERT_TRUE(shown("Password: "));
+        ASSERT_TRUE(e2e::type_line(frame, "hunter2"));
+        ASSERT_TRUE(pump_until([&] { return frame->session_state == session_logged_in; }, 5000));
+    }
+
+    zorn_mw* frame = nullptr;
+    size_t log_start = 0;
+};
+
+TEST_F(EndToEnd, ConnectsByItselfAndIdentifiesFirst) {
+    // The system file written in the client's own form was read at start-up.
+    EXPECT_STREQ(LConfig::instance().get_game_host(), "127.0.0.1")
+        << net_test::read_file(e2e::world().home() + "/debug.txt");
+    EXPECT_EQ(LConfig::instance().get_game_port(), e2e::world().port());
+    ASSERT_TRUE(pump_until([&] { return !received().empty(); }, 10000))
+        << "no connection without any typing; shown:\n" << e2e::shown_text(frame);
+    const std::string identity = received()[0];
+    EXPECT_EQ(identity, std::string("_lantern ") + LConfig::instance().get_uuid() + " " + zorn_client_version);
+    EXPECT_TRUE(std::regex_match(identity, std::regex("_lantern DFLT[0-9a-f]{28} [^ ]+"))) << identity;
+    EXPECT_TRUE(shown("Ember Vale test world"));
+    EXPECT_TRUE(shown("By what name are you known? "));
+    EXPECT_NE(e2e::shown_text(frame).find("Connecting to server..."), std::string::npos);
+}
+
+TEST_F(EndToEnd, LoginPlayPingAndReconnect) {
+    LConfig::instance().set_local_echo(1);
+    LConfig::instance().set_cmd_separator(0);
+    ASSERT_TRUE(shown("By what name are you known? "));
+    ASSERT_TRUE(e2e::type_line(frame, "Tester"));
+    EXPECT_TRUE(server_got("Tester"));
+    ASSERT_TRUE(shown("Password: "));
+    ASSERT_TRUE(e2e::type_line(frame, "hunter2"));
+    EXPECT_TRUE(server_got("hunter2"));
+    ASSERT_TRUE(pump_until([&] { return frame->GetTitle() == "Ember Vale - Player Tester"; }, 5000))
+        << frame->GetTitle();
+    EXPECT_EQ(frame->session_state, session_logged_in);
+    EXPECT_TRUE(shown("Welcome, Tester."));
+    EXPECT_NE(e2e::shown_text(frame).find(">Tester<"), std::string::npos) << "the name is echoed";
+    EXPECT_EQ(e2e::shown_text(frame).find("hunter2"), std::string::npos) << "a password never is";
+
+    // A typed command leaves within the tick after Enter, or the next one.
+    e2e::tick_probe probe(frame);
+    long long enter_tick = -1, written_tick = -1;
+    frame->input_window->line_edit.Bind(wxEVT_KEY_DOWN, [&](wxKeyEvent& event) {
+        if (event.GetKeyCode() == WXK_RETURN && enter_tick < 0) enter_tick = probe.ticks;
+        event.Skip();
+    });
+    struct watch {
+        zorn_mw* frame;
+        long long* enter_tick;
+        long long* written_tick;
+        e2e::tick_probe* probe;
+    } w{frame, &enter_tick, &written_tick, &probe};
+    probe.after_tick_context = &w;
+    probe.after_tick = [](void* context) {
+        auto* w = static_cast<watch*>(context);
+        if (*w->enter_tick >= 0 && *w->written_tick < 0 && w->frame->outgoing.count() == 0)
+            *w->written_tick = w->probe->ticks;
+    };
+    ASSERT_TRUE(e2e::type_line(frame, "north"));
+    EXPECT_TRUE(server_got("north"));
+    EXPECT_TRUE(shown("North Road"));
+    ASSERT_GE(enter_tick, 0);
+    ASSERT_GE(written_tick, 0);
+    EXPECT_LE(written_tick - enter_tick, 2) << "ticks from Enter to the socket";
+    probe.detach();
+
+    // The lag meter, typed and from the ping timer.
+    ASSERT_TRUE(e2e::type_line(frame, "//ping"));
+    EXPECT_TRUE(server_got("lnping"));
+    ASSERT_TRUE(pump_until([&] { return frame->last_ping_ms >= 0; }, 5000));
+    EXPECT_LT(frame->last_ping_ms, 5000);
+    frame->last_ping_ms = -1;
+    frame->ping_timer.Notify();
+    EXPECT_TRUE(server_got("lnping", 2));
+    EXPECT_TRUE(pump_until([&] { return frame->last_ping_ms >= 0; }, 5000));
+
+    // The server ends the session; "connect" brings the client back.
+    ASSERT_TRUE(e2e::type_line(frame, "quit"));
+    EXPECT_TRUE(shown("Goodbye."));
+    EXPECT_TRUE(shown("Connection closed by server."));
+    EXPECT_EQ(frame->session_state, session_none);
+    EXPECT_EQ(frame->GetTitle(), "Ember Vale");
+    ASSERT_TRUE(e2e::type_line(frame, "connect"));
+    EXPECT_TRUE(pump_until(
+        [&] {
+            size_t identities = 0;
+            for (const std::string& line : received()) identities += line.rfind("_lantern ", 0) == 0;
+            return identities == 2;
+        },
+        5000));
+    EXPECT_TRUE(shown("By what name are you known? ", 2));
+    EXPECT_TRUE(e2e::type_line(frame, "Again"));
+    EXPECT_TRUE(server_got("Again"));
+}
+
+TEST_F(EndToEnd, ServerTagsReachTheClient) {
+    log_in("Tagger");
+    zorn_textctrl* text = frame->main_display->textctrl;
+    const zorn_rgb base = text->model.base_background_color;
+    const auto same = [](const zorn_rgb& a, const zorn_rgb& b) {
+        return a.red == b.red && a.green == b.green && a.blue == b.blue;
+    };
+    ASSERT_TRUE(e2e::type_line(frame, "flash"));
+    EXPECT_TRUE(shown("Lightning splits the sky!"));
+    EXPECT_TRUE(pump_until([&] { return !same(text->model.background_color, base); }, 5000)) << "the flash shows";
+    EXPECT_TRUE(pump_until([&] { return text->flash_list.empty() && same(text->model.background_color, base); }, 5000))
+        << "and ends";
+
+    LConfig::instance().set_hint_button_enable(1);
+    ASSERT_TRUE(e2e::type_line(frame, "config hint_buttons disable"));
+    EXPECT_TRUE(pump_until([] { return LConfig::instance().get_hint_button_enable() == 0; }, 5000));
+    // The change goes back to the server in the status line: its fourth character.
+    EXPECT_TRUE(pump_until(
+        [&] {
+            const std::vector<std::string> lines = received();
+            return !lines.empty() && lines.back().rfind("lnlstatus ", 0) == 0 && lines.back()[10 + 3] == '0';
+        },
+        5000));
+
+    ASSERT_TRUE(e2e::type_line(frame, "popup Nowhere"));
+    EXPECT_TRUE(shown("Sorry, no popup window by that name has been defined."));
+    EXPECT_EQ(frame->text_target, frame->main_display);
+}
+
+}  // namespace
