@@ -63,9 +63,7 @@ void zorn_mw::run_client_command(const client_command_match& match) {
         case client_command::help: print_keyboard_list(); break;
         case client_command::version: print_version(); break;
         case client_command::send_break: send_break(); break;
-        case client_command::history:
-            // FIXME: history_show of the line editor.
-            break;
+        case client_command::history: input_window->line_edit.history_show(); break;
         case client_command::quit: system_shutdown_handler(); break;
         case client_command::disconnect: socket_disconnect("Disconnecting."); break;
         case client_command::clear:

@@ -16,6 +16,8 @@
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "display/display_hooks.h"
+#include "app/clipboard.h"
 #include "input/embedded_window.h"
 #include "input/input_window.h"
 #include "theme/builtin_images.h"
@@ -116,15 +118,29 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
     text_target = main_display;
 
     SetBackgroundColour(*wxBLACK);
-    input_window->line_edit.SetFont(*zorn_main_font());
+    input_window->line_edit.set_line_font();
     input_window->line_edit.SetFocus();
     main_display->set_display_font(zorn_main_font());
     zorn_set_config_listener(this);
+    connect_display_hooks();
 
     layout_panels();
     Refresh(false);
     constructor_finished = 1;
     delayed_initialization();
+}
+
+// The text widgets reach the clipboard, the browser queue and the session through these.
+void zorn_mw::connect_display_hooks() {
+    zorn_display_hooks& hooks = zorn_get_display_hooks();
+    hooks.set_clipboard_data = [](const char* text) { set_clipboard_data(wxString::FromUTF8(text ? text : "")); };
+    hooks.open_url = [](const char* url) {
+        if (zorn_mw* frame = zorn_main_frame()) frame->open_url(url);
+    };
+    hooks.session_logged_in = [] {
+        const zorn_mw* frame = zorn_main_frame();
+        return frame && frame->session_state == session_logged_in;
+    };
 }
 
 zorn_mw::~zorn_mw() {
@@ -219,7 +235,9 @@ void zorn_mw::layout_panels() {
     s.current_layout = c.get_current_layout();
     s.group_status_display = c.get_group_status_display();
     s.automap_docked = c.get_automap_docked();
-    s.automap_display = c.get_automap_display();
+    // FIXME: the automap's setting and size count once the automap exists; a map that isn't there
+    // takes no room, so the left column keeps the width of the group display.
+    s.automap_display = false;
     s.direction_button_enable = c.get_direction_button_enable();
     s.hint_button_enable = c.get_hint_button_enable();
     s.fkey_button_display = c.get_fkey_button_display();
@@ -254,7 +272,7 @@ void zorn_mw::update_background(bool force) {
 void zorn_mw::refresh_main_font() {
     zorn_font* font = zorn_main_font();
     main_display->set_display_font(font);
-    input_window->line_edit.SetFont(*font);
+    input_window->line_edit.set_line_font();
     LConfig::instance().store_main_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
     layout_panels();
     Refresh(false);

@@ -75,10 +75,21 @@ public:
             long style);
     ~zorn_mw() override;
 
-    // zorn_frame_link
+    // zorn_frame_link (the keys of the command line; input_link.cpp)
     void process_user_command(const char* text, int echo) override;
     bool transfer_focus_main(wxWindow* window) override;
     void unlock_main_scrollback() override;
+    bool main_is_following() override;
+    void lock_main_scrollback() override;
+    void main_scroll_up(int lines) override;
+    void main_scroll_down(int lines) override;
+    void main_page_up() override;
+    void main_page_down() override;
+    bool main_has_selection() override;
+    void main_clear_selection() override;
+    int current_session_state() override { return session_state; }
+    void clipboard_set_text(const char* text) override;
+    bool clipboard_get_text(std::string* text) override;
 
     // ---- The game connection (session.cpp) ----
     // Port 0 or below means the configured port.
@@ -87,7 +98,7 @@ public:
     // The pump of each tick: the first connect, then read all that waits, then write once.
     void socket_handler();
     void process_socket_data(const unsigned char* bytes, int length);
-    void send_line(const char* text);
+    void send_line(const char* text) override;
     void append_outgoing_string(const char* text);
     void enter_password_mode();
     void leave_password_mode();
@@ -102,16 +113,16 @@ public:
 
     // ---- Client commands (commands.cpp) ----
     void config_cmd_process(const char* text);
-    void send_break();
-    void send_abort();
+    void send_break() override;
+    void send_abort() override;
 
-    void begin_message();
-    void print_message(const char* text);
-    void refresh_text();
+    void begin_message() override;
+    void print_message(const char* text) override;
+    void refresh_text() override;
     // Text printed as a client message at the next tick.
     void queue_message(const char* text);
 
-    void layout_panels();
+    void layout_panels() override;
     // After a change of the main font's glyphs: everything measured with it is laid out again.
     void refresh_main_font() override;
     // After a change of the button and status fonts.
@@ -193,6 +204,7 @@ public:
     int last_ping_ms;
 
 private:
+    void connect_display_hooks();
     void run_client_command(const client_command_match& match);
     void echo_line(const char* text);
     void print_command_list();

@@ -79,9 +79,3 @@ void zorn_mw::apply_fonts(const char* main_description, int main_size, const cha
 // FIXME: the mixer's output stream once audio exists; until then there is no sound path.
 bool zorn_mw::start_audio() { return false; }
 void zorn_mw::stop_audio() {}
-
-// FIXME: the command line editor keeps the password mode and the three histories once it lands.
-void zorn_mw::enter_password_mode() {}
-void zorn_mw::leave_password_mode() {}
-bool zorn_mw::echo_allowed() const { return true; }
-void zorn_mw::select_history_list(int) {}

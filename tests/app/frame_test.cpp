@@ -16,6 +16,7 @@
 
 #include "app/clipboard.h"
 #include "app/main_frame.h"
+#include "config/lconfig.h"
 #include "input/embedded_window.h"
 #include "input/input_window.h"
 #include "tests/support/gui_main.h"
@@ -50,6 +51,9 @@ protected:
         setenv("PATH", (dir + ":" + old_path).c_str(), 1);
         setenv("LANTERN_OPENER_OUT", (dir + "/out").c_str(), 1);
         install_opener("printf '%s\\n' \"$1\" >> \"$LANTERN_OPENER_OUT\"");
+        // The first tick connects: to a closed port on loopback, never to the built-in host.
+        LConfig::instance().set_directory(dir.c_str());
+        LConfig::instance().set_server_host("127.0.0.1:1");
         frame = new zorn_mw(nullptr, wxID_ANY, "Ember Vale", wxDefaultPosition, wxSize(zorn_frame_width, zorn_frame_height),
                             wxDEFAULT_FRAME_STYLE);
         frame->Show();

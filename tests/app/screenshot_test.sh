@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The real client under a private Xvfb with an empty HOME: its first picture is compared with a
-# stored reference, then the close box must end the process with status 0 within a second.
+# stored reference (its game server refuses the connection), then the close box must end the process with status 0 within a second.
 #
 #   screenshot_test.sh LANTERN X11_CLOSE IMAGE_COMPARE REFERENCE.png MASK ARTIFACT_DIR
 #
@@ -59,7 +59,15 @@ XVFB_PID=$!
 wait_for 100 test -s "$tmp/display" || fail "Xvfb did not start: $(cat "$tmp/xvfb.log")"
 export DISPLAY=":$(cat "$tmp/display")"
 
-mkdir "$tmp/home"
+# The game server is a closed port on loopback: the client tries it at its first tick and shows
+# the same refusal every run, without leaving this machine.
+mkdir -p "$tmp/home/.config/EmberVale"
+cat >"$tmp/home/.config/EmberVale/ember_vale.cfg" <<'CFG'
+<?xml version="1.0" encoding="ISO-8859-1"?>
+<system_config_list>
+  <server_host>127.0.0.1:1</server_host>
+</system_config_list>
+CFG
 env HOME="$tmp/home" NO_AT_BRIDGE=1 GDK_BACKEND=x11 LANTERN_ASSERT_ABORT=1 "$lantern" >"$tmp/app.log" 2>&1 &
 APP_PID=$!
 
