@@ -29,17 +29,17 @@ namespace e2e {
 
 namespace {
 
-int64_t now_us() {
-    return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now().time_since_epoch())
-        .count();
-}
-
 bool fail(const char* step) {
     std::fprintf(stderr, "e2e start-up: %s failed\n", step);
     return false;
 }
 
 }  // namespace
+
+int64_t now_us() {
+    return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
 
 std::string system_file_text(const std::string& host, int port) {
     return "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>\n"
@@ -130,7 +130,9 @@ void tick_probe::on_timer(wxTimerEvent& event) {
     if (!frame) return;
     const int64_t start = now_us();
     frame->GetEventHandler()->ProcessEvent(event);
-    const int64_t took = now_us() - start;
+    last_tick_end_us = now_us();
+    const int64_t took = last_tick_end_us - start;
+    if (ticks == 0) first_tick_start_us = start;
     ++ticks;
     total_tick_us += took;
     if (took > longest_tick_us) longest_tick_us = took;

@@ -47,6 +47,9 @@ public:
     long long ticks = 0;
     int64_t longest_tick_us = 0;
     int64_t total_tick_us = 0;
+    // Steady clock, microseconds: when the first tick began, when the last one ended.
+    int64_t first_tick_start_us = 0;
+    int64_t last_tick_end_us = 0;
     // Ran after each tick, on the main thread, when set.
     void (*after_tick)(void* context) = nullptr;
     void* after_tick_context = nullptr;
@@ -55,6 +58,9 @@ private:
     void on_timer(wxTimerEvent& event);
     zorn_mw* frame;
 };
+
+// The steady clock in microseconds.
+int64_t now_us();
 
 // Lines of a text file; the last one without its line feed when it has none.
 std::vector<std::string> read_lines(const std::string& path);
