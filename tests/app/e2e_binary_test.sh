@@ -1,0 +1,93 @@
+#!/usr/bin/env bash
+# The real client binary against the test world under a private Xvfb, with a HOME whose system file
+# points at the world: it connects by itself, the name and password typed through the X server
+# reach the world (read back from its --log), the "login" tag changes the window title, and the
+# close box ends the client with status 0.
+#
+#   e2e_binary_test.sh LANTERN TESTWORLD X11_CLOSE
+set -u
+
+lantern=$1 testworld=$2 close_tool=$3
+
+tmp=$(mktemp -d /tmp/lantern-e2e-XXXXXX)
+XVFB_PID="" APP_PID="" WORLD_PID=""
+cleanup() {
+    { [ -n "$APP_PID" ] && kill -9 "$APP_PID" && wait "$APP_PID"; } 2>/dev/null
+    { [ -n "$WORLD_PID" ] && kill "$WORLD_PID" && wait "$WORLD_PID"; } 2>/dev/null
+    { [ -n "$XVFB_PID" ] && kill "$XVFB_PID" && wait "$XVFB_PID"; } 2>/dev/null
+    rm -rf "$tmp"
+}
+trap cleanup EXIT
+
+fail() {
+    echo "FAIL: $*"
+    for f in app.log world.err received.log; do
+        [ -s "$tmp/$f" ] && tail -20 "$tmp/$f" | sed "s/^/  $f: /"
+    done
+    exit 1
+}
+
+# Runs "$@" until it succeeds or the time (in tenths of a second) runs out.
+wait_for() {
+    local tenths=$1
+    shift
+    for ((i = 0; i < tenths * 2; i++)); do
+        "$@" && return 0
+        sleep 0.05
+    done
+    return 1
+}
+
+received() { grep -qxF -- "$1" "$tmp/received.log" 2>/dev/null; }
+title_is() { [ "$(xdotool getwindowname "$WID" 2>/dev/null)" = "$1" ]; }
+client_ended() {
+    local state
+    state=$(cut -d' ' -f3 "/proc/$APP_PID/stat" 2>/dev/null) || return 0
+    [ -z "$state" ] || [ "$state" = Z ]
+}
+type_line() {
+    xdotool type --delay 15 -- "$1"
+    xdotool key Return
+}
+
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$tmp/display" >"$tmp/xvfb.log" 2>&1 &
+XVFB_PID=$!
+wait_for 100 test -s "$tmp/display" || fail "Xvfb did not start: $(cat "$tmp/xvfb.log")"
+export DISPLAY=":$(cat "$tmp/display")" NO_AT_BRIDGE=1 GDK_BACKEND=x11 LANTERN_ASSERT_ABORT=1
+
+"$testworld" --port 0 --log "$tmp/received.log" >"$tmp/world.out" 2>"$tmp/world.err" &
+WORLD_PID=$!
+wait_for 100 grep -q '^listening on ' "$tmp/world.out" || fail "the test world did not start"
+port=$(sed -n 's/^listening on //p' "$tmp/world.out")
+
+mkdir -p "$tmp/home/.config/EmberVale"
+printf '%s\n' '<?xml version="1.0" encoding="ISO-8859-1"?>' '<system_config_list>' \
+    '  <server_host>127.0.0.1</server_host>' "  <server_port>$port</server_port>" '</system_config_list>' '' \
+    >"$tmp/home/.config/EmberVale/ember_vale.cfg"
+
+HOME=$tmp/home "$lantern" >"$tmp/app.log" 2>&1 &
+APP_PID=$!
+WID=$(timeout 30 xdotool search --sync --name '^Ember Vale' | head -1)
+[ -n "$WID" ] || fail "no client window"
+
+wait_for 100 grep -q '^_lantern DFLT[0-9a-f]\{28\} ' "$tmp/received.log" || fail "the client did not identify itself"
+[ "$(wc -l <"$tmp/received.log")" -eq 1 ] || fail "the identity was not the first line"
+
+# Without a window manager the keyboard follows the pointer.
+xdotool mousemove --window "$WID" 300 "$(($(xdotool getwindowgeometry "$WID" | sed -n 's/.*Geometry: [0-9]*x//p') - 20))"
+sleep 0.5
+type_line Binary
+wait_for 50 received Binary || fail "the typed name did not reach the world"
+type_line hunter2
+wait_for 50 received hunter2 || fail "the typed password did not reach the world"
+wait_for 50 title_is "Ember Vale - Player Binary" || fail "title '$(xdotool getwindowname "$WID")' after login"
+type_line look
+wait_for 50 received look || fail "a command after login did not reach the world"
+
+"$close_tool" "$WID"
+wait_for 100 client_ended || fail "the close box did not end the client"
+wait "$APP_PID"
+status=$?
+APP_PID=""
+[ "$status" -eq 0 ] || fail "exit status $status"
+echo "PASS"
