@@ -1,6 +1,8 @@
 // The colour theme tables and the selection of the records in force.
 #include <gtest/gtest.h>
 
+#include "config/lconfig.h"
+
 #include "tests/theme/pixels.h"
 #include "theme/theme.h"
 
@@ -73,6 +75,7 @@ TEST(Theme, SwitchMovesThePointersFromTheSettings) {
     zorn_select_background_theme(12345);
     EXPECT_EQ(zorn_current_background_theme, zorn_background_theme_for(1));
     // A fresh character: button theme Blue, background Red.
+    if (!LConfig::instance().current()) LConfig::instance().setup_default_config(nullptr);
     switch_themes();
     EXPECT_EQ(zorn_current_button_theme, zorn_button_theme_for(1));
     EXPECT_EQ(zorn_current_background_theme, zorn_background_theme_for(2));
