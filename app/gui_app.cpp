@@ -48,19 +48,11 @@ void read_display_size(wxWindow* frame) {
 
 }  // namespace
 
-bool zorn_gui_app::OnInit() {
-    zorn_client_set_autoopen_debug_logfile_name("ember_vale_lantern.txt");
-    log_at(2, "--------------------------- BOOT START --------------------------\n");
-
+const char* zorn_client_start_up(int argc, const char* const* argv) {
     signal(SIGPIPE, SIG_IGN);
-    if (!zorn_ssl_startup()) {
-        log_at(1, "Boot failed, SSL startup is broken.\n");
-        exit(1);
-    }
-    if (!zorn_client_set_up_config_directory("EmberVale")) {
-        log_at(1, "Boot failed, unable to get at system config directory.\n");
-        exit(1);
-    }
+    if (!zorn_ssl_startup()) return "Boot failed, SSL startup is broken.\n";
+    if (!zorn_client_set_up_config_directory("EmberVale"))
+        return "Boot failed, unable to get at system config directory.\n";
     random_time_seed();
     create_themes();
     zorn_load_builtin_images();
@@ -70,9 +62,20 @@ bool zorn_gui_app::OnInit() {
     config.set_font_defaults(zorn_main_font()->GetNativeFontInfoDesc().utf8_str(),
                              zorn_button_font()->GetNativeFontInfoDesc().utf8_str(), zorn_button_font()->GetPointSize());
     config.load_system_config();
-
-    zorn_parse_command_line(argc, (const char* const*)argv, launcher_version, zorn_launcher_version_limit + 1);
+    zorn_parse_command_line(argc, argv, launcher_version, zorn_launcher_version_limit + 1);
     switch_themes();
+    return nullptr;
+}
+
+bool zorn_gui_app::OnInit() {
+    zorn_client_set_autoopen_debug_logfile_name("ember_vale_lantern.txt");
+    log_at(2, "--------------------------- BOOT START --------------------------\n");
+
+    const char* failure = zorn_client_start_up(argc, (const char* const*)argv);
+    if (failure) {
+        log_at(1, failure);
+        exit(1);
+    }
 
     auto* frame = new zorn_mw(nullptr, wxID_ANY, wxString::FromUTF8(zorn_frame_title), wxDefaultPosition,
                               wxSize(zorn_frame_width, zorn_frame_height), wxDEFAULT_FRAME_STYLE);

@@ -3,6 +3,11 @@
 
 #include <wx/app.h>
 
+// The start-up steps between the log's first line and the frame: TLS, the config directory, the
+// random mix, themes, images, fonts, the system file, the command line and the themes in force.
+// Null when all went well, else the boot failure's log line (the application then exits with 1).
+const char* zorn_client_start_up(int argc, const char* const* argv);
+
 class zorn_gui_app : public wxApp {
 public:
     bool OnInit() override;

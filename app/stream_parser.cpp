@@ -20,6 +20,17 @@ constexpr int warning_text_limit = 5999;
 
 bool warnings_on() { return zorn_debug_level >= warning_level; }
 
+// Where the run of ordinary plain-text bytes that starts at `from` ends: at a semicolon, a bell,
+// a telnet command or the end of the block. Most of a busy stream is such runs.
+int ordinary_span_end(const unsigned char* bytes, int from, int length) {
+    while (from < length) {
+        const unsigned char c = bytes[from];
+        if (c == semicolon || c == bell || c == telnet_iac) break;
+        ++from;
+    }
+    return from;
+}
+
 }  // namespace
 
 void zorn_stream_parser::reset() {
@@ -30,11 +41,21 @@ void zorn_stream_parser::reset() {
 
 void zorn_stream_parser::feed(const unsigned char* bytes, int length) {
     sink.begin_block();
-    block_context block{bytes, 0, {}};
-    for (; block.position < length; ++block.position) {
+    block_context block;
+    block.bytes = bytes;
+    for (block.position = 0; block.position < length; ++block.position) {
         const unsigned char c = bytes[block.position];
         switch (parser_state) {
-            case plain_text: on_plain(block, c); break;
+            case plain_text: {
+                const int end = ordinary_span_end(bytes, block.position, length);
+                if (end == block.position) {
+                    on_plain(block, c);
+                } else {
+                    append_run(block, reinterpret_cast<const char*>(bytes) + block.position, end - block.position);
+                    block.position = end - 1;
+                }
+                break;
+            }
             case telnet_command:
                 telnet_command_byte = c;
                 parser_state = (c >= telnet_will && c <= telnet_dont) ? telnet_option : plain_text;
@@ -53,9 +74,22 @@ void zorn_stream_parser::feed(const unsigned char* bytes, int length) {
 }
 
 void zorn_stream_parser::flush_run(block_context& block) {
-    if (block.run.empty()) return;
-    sink.text_run(block.run.data(), static_cast<int>(block.run.size()));
-    block.run.clear();
+    if (block.run_length == 0) return;
+    sink.text_run(block.run, block.run_length);
+    block.run_length = 0;
+}
+
+// Adds to the run, handing it on each time it holds text_run_limit bytes.
+void zorn_stream_parser::append_run(block_context& block, const char* text, int count) {
+    while (count > 0) {
+        const int room = text_run_limit - block.run_length;
+        const int take = count < room ? count : room;
+        std::memcpy(block.run + block.run_length, text, static_cast<size_t>(take));
+        block.run_length += take;
+        text += take;
+        count -= take;
+        if (block.run_length >= text_run_limit) flush_run(block);
+    }
 }
 
 void zorn_stream_parser::on_plain(block_context& block, unsigned char c) {
@@ -71,10 +105,11 @@ void zorn_stream_parser::on_plain(block_context& block, unsigned char c) {
             flush_run(block);
             parser_state = telnet_command;
             return;
-        default:
-            block.run.push_back(static_cast<char>(c));
-            if (static_cast<int>(block.run.size()) >= text_run_limit) flush_run(block);
+        default: {
+            const char byte = static_cast<char>(c);
+            append_run(block, &byte, 1);
             return;
+        }
     }
 }
 
@@ -84,7 +119,7 @@ void zorn_stream_parser::on_telnet_option(block_context& block, unsigned char op
     if (telnet_command_byte == telnet_do) {
         sink.leave_password_mode();
     } else if (telnet_command_byte == telnet_dont) {
-        block.run.push_back('\n');
+        append_run(block, "\n", 1);
         flush_run(block);
         sink.enter_password_mode();
     }
@@ -101,7 +136,7 @@ void zorn_stream_parser::begin_tag() {
 void zorn_stream_parser::on_after_semicolon(block_context& block, unsigned char c) {
     switch (c) {
         case semicolon:
-            block.run.push_back(';');
+            append_run(block, ";", 1);
             parser_state = plain_text;
             return;
         case 's':
@@ -132,9 +167,8 @@ void zorn_stream_parser::on_after_semicolon(block_context& block, unsigned char 
                 zorn_client_debug_printf("Current string data ->%.*s<-\n", shown,
                                          reinterpret_cast<const char*>(block.bytes));
             }
-            block.run.push_back(';');
-            block.run.push_back(static_cast<char>(c));
-            if (static_cast<int>(block.run.size()) >= text_run_limit) flush_run(block);
+            const char pair[2] = {';', static_cast<char>(c)};
+            append_run(block, pair, 2);
             parser_state = plain_text;
             return;
     }

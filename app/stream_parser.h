@@ -8,8 +8,6 @@
 // A tag may be split across any number of blocks; the plain run is handed on before feed() returns.
 // The parser owns no transport and no window: its owner feeds bytes and receives the pieces.
 
-#include <string>
-
 class zorn_stream_sink {
 public:
     virtual ~zorn_stream_sink() = default;
@@ -50,12 +48,15 @@ public:
     int state() const { return parser_state; }
 
 private:
+    // The plain text run lives only for one block: it is handed on before feed() returns.
     struct block_context {
-        const unsigned char* bytes;
-        int position;
-        std::string run;
+        const unsigned char* bytes = nullptr;
+        int position = 0;
+        int run_length = 0;
+        char run[text_run_limit];
     };
     void flush_run(block_context& block);
+    void append_run(block_context& block, const char* text, int count);
     void on_plain(block_context& block, unsigned char c);
     void on_telnet_option(block_context& block, unsigned char option);
     void on_after_semicolon(block_context& block, unsigned char c);

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "app/gui_app.h"
 #include "app/main_frame.h"
 #include "base/files.h"
 #include "base/fixed_string.h"
@@ -63,18 +64,7 @@ bool start_client_process(const std::string& home, int port, int debug_level) {
 
     zorn_client_set_debug_logfile_name((home + "/debug.txt").c_str());
     zorn_debug_level = debug_level;
-    signal(SIGPIPE, SIG_IGN);
-    if (!zorn_ssl_startup()) return fail("TLS start-up");
-    if (!zorn_client_set_up_config_directory("EmberVale")) return fail("config directory");
-    random_time_seed();
-    create_themes();
-    zorn_load_builtin_images();
-    LConfig& config = LConfig::instance();
-    zorn_create_fonts(config.get_default_font_size());
-    config.set_font_defaults(zorn_main_font()->GetNativeFontInfoDesc().utf8_str(),
-                             zorn_button_font()->GetNativeFontInfoDesc().utf8_str(), zorn_button_font()->GetPointSize());
-    config.load_system_config();
-    switch_themes();
+    if (const char* failure = zorn_client_start_up(0, nullptr)) return fail(failure);
     return true;
 }
 

@@ -17,41 +17,11 @@
 
 #include "base/fixed_string.h"
 #include "config/debug_log.h"
+#include "tests/support/log_capture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// Sends the debug log to a private file for one test.
-class log_capture {
-public:
-    log_capture() {
-        char name[] = "/tmp/lantern_files_log_XXXXXX";
-        const int descriptor = mkstemp(name);
-        if (descriptor >= 0) close(descriptor);
-        path = name;
-        if (zorn_client_debug_logfile_is_open()) zorn_client_debug_logfile_close();
-        zorn_client_set_debug_logfile_name(path.c_str());
-        saved_level = zorn_debug_level;
-        zorn_debug_level = 1;  // keeps the log's own "opened" line out of the capture
-        zorn_client_try_open_debug_logfile();
-    }
-    ~log_capture() {
-        zorn_debug_level = saved_level;
-        if (zorn_client_debug_logfile_is_open()) zorn_client_debug_logfile_close();
-        unlink(path.c_str());
-    }
-    std::string text() const {
-        std::ifstream file(path);
-        std::stringstream content;
-        content << file.rdbuf();
-        return content.str();
-    }
-
-private:
-    std::string path;
-    int saved_level = 1;
-};
 
 struct file_closer {
     void operator()(FILE* file) const { std::fclose(file); }

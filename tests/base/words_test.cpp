@@ -11,40 +11,9 @@
 
 #include "base/fixed_string.h"
 #include "config/debug_log.h"
+#include "tests/support/log_capture.h"
 
 namespace {
-
-// Sends the debug log to a private file for one test, at level 3 so chatty lines show too.
-class log_capture {
-public:
-    log_capture() {
-        char name[] = "/tmp/lantern_words_log_XXXXXX";
-        const int descriptor = mkstemp(name);
-        if (descriptor >= 0) close(descriptor);
-        path = name;
-        if (zorn_client_debug_logfile_is_open()) zorn_client_debug_logfile_close();
-        zorn_client_set_debug_logfile_name(path.c_str());
-        saved_level = zorn_debug_level;
-        zorn_debug_level = 1;  // keeps the log's own "opened" line out of the capture
-        zorn_client_try_open_debug_logfile();
-        zorn_debug_level = 3;
-    }
-    ~log_capture() {
-        zorn_debug_level = saved_level;
-        if (zorn_client_debug_logfile_is_open()) zorn_client_debug_logfile_close();
-        unlink(path.c_str());
-    }
-    std::string text() const {
-        std::ifstream file(path);
-        std::stringstream content;
-        content << file.rdbuf();
-        return content.str();
-    }
-
-private:
-    std::string path;
-    int saved_level = 1;
-};
 
 // Offset of a walking result inside its text, or -1 for null.
 long offset_in(const char* text, const char* result) { return result ? result - text : -1; }
@@ -81,7 +50,7 @@ TEST(words_walk, last_arg) {
 }
 
 TEST(words_walk, null_text_is_logged_at_verbose_level) {
-    log_capture log;
+    log_capture log(3);
     EXPECT_EQ(next_arg(nullptr), nullptr);
     EXPECT_EQ(next_arg_eol(nullptr), nullptr);
     EXPECT_EQ(last_arg(nullptr), nullptr);
@@ -321,7 +290,7 @@ TEST(words_other, safe_strcpy_limits) {
     EXPECT_TRUE(safe_strcpy(dest, "", 1));
     EXPECT_STREQ(dest, "");
 
-    log_capture log;
+    log_capture log(3);
     std::memset(dest, 'z', sizeof dest);
     EXPECT_FALSE(safe_strcpy(dest, "hello", 5));
     EXPECT_STREQ(dest, "hell");
@@ -402,7 +371,7 @@ TEST(words_other, add_remove_keyword_line_toggles) {
 }
 
 TEST(words_other, add_remove_keyword_line_null_arguments) {
-    log_capture log;
+    log_capture log(3);
     owned_list list("a");
     EXPECT_EQ(add_remove_keyword_line(nullptr, &list.text), nullptr);
     EXPECT_EQ(add_remove_keyword_line("a", nullptr), nullptr);
