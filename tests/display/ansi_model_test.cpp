@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,13 +15,12 @@ namespace {
 
 using lines = std::vector<std::string>;
 
-// ---- golden cases --------------------------------------------------------------------------------
+// ---- golden cases (tests/display/ansi_cases.txt describes its format) ---------------------------
 
 struct golden_case {
-    std::string name;
-    std::string input;
-    lines display;
-    lines records;  // r and p lines; empty: not compared
+    std::string name, input;
+    lines display, records;  // records empty: not compared
+    int width = 100000;
 };
 
 std::string unescape(const std::string& text) {
@@ -31,8 +30,7 @@ std::string unescape(const std::string& text) {
             out += text[i];
             continue;
         }
-        const char c = text[++i];
-        switch (c) {
+        switch (const char c = text[++i]) {
         case 'e': out += '\x1b'; break;
         case 'n': out += '\n'; break;
         case 'r': out += '\r'; break;
@@ -53,15 +51,9 @@ std::vector<golden_case> load_cases() {
     std::string line;
     bool in_case = false;
     while (std::getline(in, line)) {
-        if (line.empty()) {
-            in_case = false;
-            continue;
-        }
-        if (line[0] == '#') {
-            if (!in_case && line.size() > 2 && cases.size() < 1000) {
-                cases.push_back({line.substr(2), "", {}, {}});
-                in_case = true;
-            }
+        if (line.empty() || line[0] == '#') {
+            if (!line.empty() && !in_case && line.size() > 2) cases.push_back({line.substr(2), "", {}, {}});
+            in_case = !line.empty();
             continue;
         }
         if (cases.empty()) continue;
@@ -69,6 +61,7 @@ std::vector<golden_case> load_cases() {
         if (line[0] == '<') cases.back().input += unescape(rest);
         if (line[0] == '=') cases.back().display.push_back(rest);
         if (line[0] == 'r' || line[0] == 'p') cases.back().records.push_back(line);
+        if (line[0] == 'w') cases.back().width = std::stoi(rest);
     }
     // The comment block at the top of the file has no input.
     cases.erase(std::remove_if(cases.begin(), cases.end(), [](const golden_case& c) { return c.input.empty(); }),
@@ -77,10 +70,11 @@ std::vector<golden_case> load_cases() {
 }
 
 struct ansi_fixture {
-    ansi_fixture(int width = 100000, int height = 40) : text(width, height), ansi(&text) {
+    explicit ansi_fixture(int width = 100000, int height = 40) : text(width, height), ansi(&text) {
         set_uniform_widths(&text);
         text.resize(width, height);
     }
+    void feed(const std::string& s) { ansi.add_ansi_text(s.data(), static_cast<int>(s.size())); }
     zorn_textctrl_model text;
     zorn_ansi_model ansi;
 };
@@ -104,9 +98,9 @@ lines records_of(const zorn_ansi_model& ansi) {
 }
 
 void expect_case(const golden_case& c, const std::vector<std::string>& blocks, const std::string& how) {
-    ansi_fixture f;
+    ansi_fixture f(c.width);
     f.ansi.add_text("");  // uses up the text control's first-text flag, which depends on the cut
-    for (const std::string& block : blocks) f.ansi.add_ansi_text(block.data(), static_cast<int>(block.size()));
+    for (const std::string& block : blocks) f.feed(block);
     EXPECT_EQ(colored_lines_of(f.text), c.display) << c.name << ", " << how;
     if (!c.records.empty()) {
         EXPECT_EQ(records_of(f.ansi), c.records) << c.name << ", " << how;
@@ -128,62 +122,43 @@ TEST(ansi_golden, cases_hold_at_every_cut) {
 
 // ---- palettes ------------------------------------------------------------------------------------
 
-struct palette_case {
-    int palette;
-    const char* input;
-    uint32_t expected;
-};
-
-class palette_test : public ::testing::TestWithParam<palette_case> {
-protected:
-    void TearDown() override { zorn_select_palette(0); }
-};
-
-TEST_P(palette_test, colour_of_code_and_level) {
-    zorn_select_palette(GetParam().palette);
-    ansi_fixture f;
-    f.ansi.add_ansi_text(GetParam().input, static_cast<int>(std::strlen(GetParam().input)));
-    const auto chunks = f.text.line_chunks(0);
-    ASSERT_EQ(chunks.size(), 1u);
-    EXPECT_EQ(zorn_pack_rgb(chunks[0].color), GetParam().expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    palettes, palette_test,
-    ::testing::Values(palette_case{0, "x", 0xa0a0a0}, palette_case{0, "\x1b[1mx", 0xffffff},
-                      palette_case{0, "\x1b[2m\x1b[33mx", 0x774000}, palette_case{0, "\x1b[1m\x1b[35mx", 0xff40ff},
-                      palette_case{0, "\x1b[36mx", 0x0080aa}, palette_case{1, "x", 0xcccccc},
-                      palette_case{1, "\x1b[1m\x1b[31mx", 0xff8080}, palette_case{1, "\x1b[2m\x1b[34mx", 0x000080},
-                      palette_case{2, "\x1b[32mx", 0x00b300}, palette_case{2, "\x1b[1m\x1b[36mx", 0x00ffff},
-                      palette_case{2, "\x1b[2mx", 0x404040},
-                      // In the last palette normal white is brighter than bright white.
-                      palette_case{3, "x", 0xffffff}, palette_case{3, "\x1b[1mx", 0x808080},
-                      palette_case{3, "\x1b[0mx", 0xffffff}, palette_case{3, "\x1b[35mx", 0x800080}));
-
-TEST(ansi_model, palette_names_and_selection) {
-    EXPECT_STREQ(zorn_palette_name(0), "default");
-    EXPECT_STREQ(zorn_palette_name(1), "bright");
-    EXPECT_STREQ(zorn_palette_name(2), "ZMud-style");
+TEST(ansi_model, palettes_colour_by_code_and_level) {
+    const struct {
+        int palette;
+        const char* input;
+        uint32_t expected;
+    } rows[] = {
+        {0, "x", 0xa0a0a0},           {0, "\x1b[2m\x1b[33mx", 0x774000}, {1, "x", 0xcccccc},
+        {1, "\x1b[1m\x1b[31mx", 0xff8080}, {2, "\x1b[32mx", 0x00b300},   {2, "\x1b[2mx", 0x404040},
+        // In the last palette normal white is brighter than bright white.
+        {3, "x", 0xffffff},           {3, "\x1b[1mx", 0x808080},         {3, "\x1b[35mx", 0x800080},
+        {7, "x", 0xa0a0a0},  // an unknown palette selects the default
+    };
+    for (const auto& row : rows) {
+        zorn_select_palette(row.palette);
+        ansi_fixture f;
+        f.feed(row.input);
+        const auto chunks = f.text.line_chunks(0);
+        ASSERT_EQ(chunks.size(), 1u);
+        EXPECT_EQ(zorn_pack_rgb(chunks[0].color), row.expected) << row.palette << " " << escape_text(row.input);
+    }
     EXPECT_STREQ(zorn_palette_name(3), "GMud-style");
-    zorn_select_palette(7);
-    EXPECT_EQ(zorn_current_palette, &zorn_ansi_palettes[0]);
+    zorn_select_palette(0);
 }
 
 TEST(ansi_model, rerender_after_a_palette_change_keeps_the_old_colours) {
     ansi_fixture f;
-    const std::string before = "\x1b[31mold\n";
-    f.ansi.add_ansi_text(before.data(), static_cast<int>(before.size()));
+    f.feed("\x1b[31mold\n");
     zorn_select_palette(1);
     f.ansi.rerender();
-    const std::string after = "\x1b[32mnew\x1b[31mred";
-    f.ansi.add_ansi_text(after.data(), static_cast<int>(after.size()));
+    f.feed("\x1b[32mnew\x1b[31mred");
     zorn_select_palette(0);
     EXPECT_EQ(colored_lines_of(f.text), (lines{"{aa0000}old\\n", "{00cc00}new{cc0000}red"}));
 }
 
 // ---- parser, text control and render list together ----------------------------------------------
 
-TEST(ansi_model, client_messages_colour_themselves) {
+TEST(ansi_model, client_messages_and_inverse) {
     ansi_fixture f;
     f.ansi.process_ansi_code(1, zorn_ansi_yellow);
     f.ansi.add_text("Note: ");
@@ -191,74 +166,42 @@ TEST(ansi_model, client_messages_colour_themselves) {
     f.ansi.add_text("plain");
     f.ansi.add_text(nullptr);
     EXPECT_EQ(colored_lines_of(f.text), (lines{"{ffff55}Note: {a0a0a0}plain"}));
-}
-
-TEST(ansi_model, long_lines_reach_the_text_control_whole) {
-    // Runs of 256 bytes keep each add_text far below the text control's 5999-byte cut.
-    ansi_fixture f(1000000);
-    const std::string line(10000, 'x');
-    f.ansi.add_ansi_text(line.data(), static_cast<int>(line.size()));
-    EXPECT_EQ(f.text.line_length(0), 10000);
-}
-
-TEST(ansi_model, reset_with_twenty_visible_lines_adds_41_line_feeds) {
-    ansi_fixture f(100000, 200);
-    f.ansi.add_ansi_text("a\x1b" "c", 3);
-    EXPECT_EQ(f.text.line_count(), 42);
-}
-
-TEST(ansi_model, inverse_greys_the_whole_background) {
-    ansi_fixture f;
-    f.ansi.add_ansi_text("\x1b[7mx", 5);
+    // Inverse greys the whole background until a reset.
+    f.feed("\x1b[7mx");
     EXPECT_EQ(f.text.base_background_color, zorn_rgb(64, 64, 64));
-    f.ansi.add_ansi_text("\x1b[0m", 4);
+    f.feed("\x1b[0m");
     EXPECT_EQ(f.text.background_color, zorn_rgb(0, 0, 0));
 }
 
-TEST(ansi_model, text_received_is_set_by_any_block) {
-    ansi_fixture f;
-    f.ansi.add_ansi_text("x", 0);
-    EXPECT_EQ(f.ansi.text_received, 0);
-    f.ansi.add_ansi_text("\x1b[", 2);
-    EXPECT_EQ(f.ansi.text_received, 1);
-}
-
-TEST(ansi_model, suspended_text_goes_to_the_history_only) {
-    ansi_fixture f;
-    f.ansi.add_ansi_text("before\n", 7);
-    f.ansi.suspend_updates();
-    f.ansi.clear_display();
-    const std::string text = "\x1b[33mduring\n";
-    f.ansi.add_ansi_text(text.data(), static_cast<int>(text.size()));
-    EXPECT_EQ(lines_of(f.text), (lines{"before", ""}));
-    f.ansi.resume_updates();
-    EXPECT_EQ(colored_lines_of(f.text), (lines{"{aa8800}during\\n", ""}));
-    // Text after the re-render is in the colours in force, not those of the last record.
-    f.ansi.add_ansi_text("\x1b[34mafter", 10);
-    EXPECT_EQ(colored_lines_of(f.text).back(), "{0000cc}after");
-}
-
-TEST(ansi_model, resume_without_suspend_changes_nothing) {
-    ansi_fixture f;
-    f.ansi.add_ansi_text("x\n", 2);
-    f.ansi.resume_updates();
-    EXPECT_EQ(f.ansi.render_record_count(), 0u);
-    EXPECT_EQ(lines_of(f.text), (lines{"x", ""}));
-}
-
-TEST(ansi_model, rerender_shows_at_most_5999_bytes_of_one_record) {
-    ansi_fixture f;
+TEST(ansi_model, long_text_reaches_the_control_whole_but_rerenders_cut_at_5999) {
+    // Runs of 256 bytes keep each add_text far below the text control's 5999-byte cut.
+    ansi_fixture f(1000000);
     f.text.set_wrap(0);
-    const std::string text(7000, 'y');
-    f.ansi.add_ansi_text(text.data(), static_cast<int>(text.size()));
+    f.feed(std::string(7000, 'y'));
     EXPECT_EQ(f.text.line_length(0), 7000);
     f.ansi.rerender();
     EXPECT_EQ(f.text.line_length(0), 5999);
 }
 
+TEST(ansi_model, suspended_text_goes_to_the_history_only) {
+    ansi_fixture f;
+    f.feed("before\n");
+    f.ansi.suspend_updates();
+    f.ansi.clear_display();
+    f.feed("\x1b[33mduring\n");
+    EXPECT_EQ(lines_of(f.text), (lines{"before", ""}));
+    f.ansi.resume_updates();
+    EXPECT_EQ(colored_lines_of(f.text), (lines{"{aa8800}during\\n", ""}));
+    f.ansi.resume_updates();  // not suspended: changes nothing
+    EXPECT_EQ(lines_of(f.text), (lines{"during", ""}));
+    // Text after the re-render is in the colours in force, not those of the last record.
+    f.feed("\x1b[34mafter");
+    EXPECT_EQ(colored_lines_of(f.text).back(), "{0000cc}after");
+}
+
 TEST(ansi_model, word_wrap_switch_rebuilds_from_the_history) {
     ansi_fixture f(60);
-    f.ansi.add_ansi_text("aaaa bbbb\n", 10);
+    f.feed("aaaa bbbb\n");
     EXPECT_EQ(f.text.line_count(), 3);
     f.ansi.set_word_wrap(0);
     EXPECT_EQ(lines_of(f.text), (lines{"aaaa bbbb", ""}));
@@ -266,12 +209,12 @@ TEST(ansi_model, word_wrap_switch_rebuilds_from_the_history) {
 
 TEST(ansi_model, clear_display_drops_history_and_resets_colours) {
     ansi_fixture f;
-    f.ansi.add_ansi_text("\x1b[31mred\nmore", 14);
+    f.feed("\x1b[31mred\nmore");
     f.ansi.clear_display();
     EXPECT_EQ(f.ansi.render_record_count(), 0u);
     EXPECT_TRUE(f.ansi.render_store().pending_empty());
     EXPECT_EQ(lines_of(f.text), (lines{""}));
-    f.ansi.add_ansi_text("x", 1);
+    f.feed("x");
     EXPECT_EQ(colored_lines_of(f.text), (lines{"{a0a0a0}x"}));
 }
 
@@ -289,16 +232,13 @@ TEST(ansi_model, debug_fill_writes_lines_and_a_count) {
 // ---- view and lock --------------------------------------------------------------------------------
 
 struct counting_client : zorn_ansi_view_client {
-    void update_scrollbar() override { ++scrollbar_updates; }
     void repaint_display() override { ++repaints; }
     void lock_changed() override { ++lock_changes; }
-    int scrollbar_updates = 0;
-    int repaints = 0;
-    int lock_changes = 0;
+    int repaints = 0, lock_changes = 0;
 };
 
 struct view_fixture {
-    view_fixture() : text(1000, 100), ansi(&text, &client) {  // 10 visible lines
+    view_fixture() : text(1000, 100), ansi(&text, &client) {  // 10 visible lines, 50 lines of text
         set_uniform_widths(&text);
         text.resize(1000, 100);
         for (int i = 0; i < 50; ++i) ansi.add_ansi_text("line\n", 5);
@@ -309,15 +249,17 @@ struct view_fixture {
     zorn_ansi_model ansi;
 };
 
-TEST(ansi_view, lock_freezes_the_view_and_scrolling_to_the_end_unlocks) {
+TEST(ansi_view, lock_freezes_the_view_and_paging_to_the_end_unlocks) {
     view_fixture v;
     ASSERT_EQ(v.text.scroll_line, 50);
+    v.ansi.unlock_scrollback();  // not locked: nothing to do
+    EXPECT_EQ(v.client.repaints, 0);
     v.ansi.lock_scrollback();
+    v.ansi.lock_scrollback();
+    EXPECT_EQ(v.client.lock_changes, 1);
     EXPECT_FALSE(v.ansi.is_following());
     EXPECT_EQ(v.text.frozen, 1);
-    EXPECT_EQ(v.client.lock_changes, 1);
     v.ansi.page_up();
-    EXPECT_EQ(v.ansi.view_line, 45);
     EXPECT_EQ(v.text.scroll_line, 45);
     for (int i = 0; i < 20; ++i) v.ansi.add_ansi_text("new\n", 4);
     EXPECT_EQ(v.text.scroll_line, 45);  // new lines don't move a locked view
@@ -331,15 +273,6 @@ TEST(ansi_view, lock_freezes_the_view_and_scrolling_to_the_end_unlocks) {
     EXPECT_EQ(v.text.scroll_line, 71);
 }
 
-TEST(ansi_view, lock_and_unlock_change_nothing_twice) {
-    view_fixture v;
-    v.ansi.unlock_scrollback();
-    EXPECT_EQ(v.client.repaints, 0);
-    v.ansi.lock_scrollback();
-    v.ansi.lock_scrollback();
-    EXPECT_EQ(v.client.lock_changes, 1);
-}
-
 TEST(ansi_view, a_popup_never_locks) {
     view_fixture v;
     v.ansi.no_lock = 1;
@@ -348,34 +281,23 @@ TEST(ansi_view, a_popup_never_locks) {
     EXPECT_EQ(v.client.repaints, 1);
 }
 
-TEST(ansi_view, scrolling_stays_within_the_text) {
+TEST(ansi_view, scrolling_stays_within_the_text_and_the_thumb_locks_where_it_stops) {
     view_fixture v;
     v.ansi.lock_scrollback();
     for (int i = 0; i < 30; ++i) v.ansi.scroll_up(3);
     EXPECT_EQ(v.ansi.view_line, 9);  // the top line shows at the top of the window
-    v.ansi.scroll_up(100);
-    EXPECT_EQ(v.ansi.view_line, 9);
-    v.ansi.scroll_down(100);  // at most half a window
+    v.ansi.scroll_down(100);         // at most half a window
     EXPECT_EQ(v.ansi.view_line, 14);
-}
 
-TEST(ansi_view, thumb_drag_locks_where_it_stops_and_unlocks_at_the_end) {
-    view_fixture v;
-    v.ansi.scroll_thumb_moved(10);
-    EXPECT_FALSE(v.ansi.is_following());
-    EXPECT_EQ(v.text.scroll_line, 20);
-    EXPECT_EQ(v.ansi.view_line, 20);
-    v.ansi.scroll_thumb_moved(40);
-    EXPECT_TRUE(v.ansi.is_following());
-    EXPECT_EQ(v.text.scroll_line, 50);
-}
-
-TEST(ansi_view, top_anchored_end_position) {
-    view_fixture v;
-    v.text.top_anchored = 1;
-    EXPECT_EQ(v.ansi.end_position(), 41);
-    v.ansi.scroll_to_end();
-    EXPECT_EQ(v.text.scroll_line, 41);
+    view_fixture t;
+    t.ansi.scroll_thumb_moved(10);
+    EXPECT_FALSE(t.ansi.is_following());
+    EXPECT_EQ(t.text.scroll_line, 20);
+    t.ansi.scroll_thumb_moved(40);
+    EXPECT_TRUE(t.ansi.is_following());
+    EXPECT_EQ(t.text.scroll_line, 50);
+    t.text.top_anchored = 1;
+    EXPECT_EQ(t.ansi.end_position(), 41);
 }
 
 }  // namespace

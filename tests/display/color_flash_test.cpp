@@ -12,9 +12,7 @@ const zorn_rgb base(1, 2, 3);
 TEST(color_flash, hex_colours) {
     EXPECT_EQ(GetColorFromHexString("ff8000"), zorn_rgb(255, 128, 0));
     EXPECT_EQ(GetColorFromHexString("A0b0C0 trailing"), zorn_rgb(160, 176, 192));
-    EXPECT_EQ(GetColorFromHexString("ff80"), zorn_rgb(0, 0, 0));
-    EXPECT_EQ(GetColorFromHexString("ff80zz"), zorn_rgb(0, 0, 0));
-    EXPECT_EQ(GetColorFromHexString(""), zorn_rgb(0, 0, 0));
+    for (const char* bad : {"ff80", "ff80zz", ""}) EXPECT_EQ(GetColorFromHexString(bad), zorn_rgb(0, 0, 0)) << bad;
 }
 
 TEST(color_flash, one_step_from_black_to_red) {
@@ -32,9 +30,8 @@ TEST(color_flash, steps_follow_each_other) {
     zorn_color_flash_list flashes;
     ASSERT_EQ(flashes.parse("000000\t0000ff 2\n00ff00 1"), 5);
     std::vector<zorn_rgb> seen;
-    for (int i = 0; i < 5; ++i) seen.push_back(flashes.step(base));
-    EXPECT_EQ(seen, (std::vector<zorn_rgb>{{0, 0, 0}, {0, 0, 127}, {0, 0, 255}, {0, 0, 255}, {0, 255, 0}}));
-    EXPECT_EQ(flashes.step(base), base);
+    for (int i = 0; i < 6; ++i) seen.push_back(flashes.step(base));
+    EXPECT_EQ(seen, (std::vector<zorn_rgb>{{0, 0, 0}, {0, 0, 127}, {0, 0, 255}, {0, 0, 255}, {0, 255, 0}, base}));
     EXPECT_TRUE(flashes.empty());
 }
 
@@ -60,10 +57,8 @@ TEST(color_flash, a_finished_flash_ends_the_walk_for_that_tick) {
 
 TEST(color_flash, bad_payloads) {
     zorn_color_flash_list flashes;
-    EXPECT_EQ(flashes.parse("000000 ff0000 x"), 0);
-    EXPECT_EQ(flashes.parse("000000 ff0000"), 0);
-    EXPECT_EQ(flashes.parse(""), 0);
-    EXPECT_EQ(flashes.parse(nullptr), 0);
+    for (const char* bad : {"000000 ff0000 x", "000000 ff0000", "", static_cast<const char*>(nullptr)})
+        EXPECT_EQ(flashes.parse(bad), 0);
     EXPECT_TRUE(flashes.empty());
     // A bad later duration keeps the steps read so far.
     EXPECT_EQ(flashes.parse("000000 ff0000 +3 00ff00 - 0000ff 4"), 4);

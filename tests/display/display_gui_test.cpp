@@ -1,5 +1,5 @@
 // The display widgets under Xvfb: colours on screen, the lock frame, mouse selection and links,
-// the colour flash animation.
+// the flash animations.
 #include <gtest/gtest.h>
 
 #include <wx/dcclient.h>
@@ -7,7 +7,6 @@
 #include <wx/frame.h>
 #include <wx/image.h>
 #include <wx/imagpng.h>
-#include <wx/rawbmp.h>
 
 #include <cstdlib>
 #include <string>
@@ -20,39 +19,47 @@
 
 namespace {
 
-std::vector<std::string> clipboard;
-std::vector<std::string> opened;
-
-void record_clipboard(const char* text) { clipboard.push_back(text); }
-void record_url(const char* url) { opened.push_back(url); }
+std::vector<std::string> clipboard, opened;
 
 // A fresh character's settings: no character record exists in these tests.
 zorn_display_settings fresh_settings() { return zorn_display_settings(); }
 
 struct display_window {
-    display_window(int width = 400, int height = 200) {
+    display_window() {
         zorn_set_display_settings_source(fresh_settings);
-        frame = new wxFrame(nullptr, wxID_ANY, wxT("display test"), wxPoint(0, 0), wxSize(width, height));
+        frame = new wxFrame(nullptr, wxID_ANY, wxT("display test"), wxPoint(0, 0), wxSize(400, 200));
         display = new zorn_main_window(frame);
-        display->set_size(0, 0, width, height);
+        display->set_size(0, 0, 400, 200);
         frame->Show();
-        zorn_get_display_hooks().set_clipboard_data = record_clipboard;
-        zorn_get_display_hooks().open_url = record_url;
+        zorn_get_display_hooks().set_clipboard_data = [](const char* text) { clipboard.push_back(text); };
+        zorn_get_display_hooks().open_url = [](const char* url) { opened.push_back(url); };
         clipboard.clear();
         opened.clear();
+        text()->get_max_char_size(&char_width, &line_height);
+        bottom = text()->GetSize().GetHeight() - 1 - line_height;
     }
     ~display_window() {
         frame->Destroy();
         pump_for(30);
     }
-    void feed(const std::string& text) {
-        display->add_ansi_text(text.data(), static_cast<int>(text.size()));
+    void feed(const std::string& s) {
+        display->add_ansi_text(s.data(), static_cast<int>(s.size()));
         display->refresh_text();
     }
     zorn_textctrl* text() const { return display->textctrl; }
+    void mouse(wxEventType type, int x, int y) {
+        wxMouseEvent event(type);
+        event.SetEventObject(text());
+        event.m_x = x;
+        event.m_y = y;
+        event.m_leftDown = type != wxEVT_LEFT_UP;
+        text()->GetEventHandler()->ProcessEvent(event);
+    }
 
     wxFrame* frame;
     zorn_main_window* display;
+    int char_width = 0, line_height = 0;
+    int bottom = 0;  // y of the last line, where the newest text shows
 };
 
 zorn_rgb pixel_at(const wxImage& image, int x, int y) {
@@ -60,8 +67,7 @@ zorn_rgb pixel_at(const wxImage& image, int x, int y) {
 }
 
 wxImage render(zorn_embedded_window* window) {
-    const wxSize size = window->GetSize();
-    zorn_bitmap bitmap(size.GetWidth(), size.GetHeight());
+    zorn_bitmap bitmap(window->GetSize().GetWidth(), window->GetSize().GetHeight());
     window->repaint_internal(bitmap);
     return bitmap.ConvertToImage();
 }
@@ -77,15 +83,14 @@ wxImage screenshot(wxWindow* window) {
     return shot.ConvertToImage();
 }
 
-// A point of the glyph with the most coverage, and that coverage.
+// The point of a glyph with the most coverage, and that coverage.
 struct glyph_point {
     int x, y, coverage;
 };
 
 glyph_point strongest_point(char c) {
-    const zorn_bitmap* glyph = zorn_main_font()->glyph(c);
+    wxImage image = zorn_main_font()->glyph(c)->ConvertToImage();
     glyph_point best{0, 0, -1};
-    wxImage image = glyph->ConvertToImage();
     for (int y = 0; y < image.GetHeight(); ++y)
         for (int x = 0; x < image.GetWidth(); ++x)
             if (image.GetGreen(x, y) > best.coverage) best = {x, y, image.GetGreen(x, y)};
@@ -98,14 +103,12 @@ zorn_rgb over_black(const zorn_rgb& c, int a) { return zorn_rgb(c.red * a / 256,
 TEST(display_gui, coloured_text_shows_in_the_palette_colours) {
     display_window w;
     w.feed("\x1b[31m###\x1b[1m\x1b[32m###\x1b[0m\x1b[34m###");
-    int char_width = 0, line_height = 0;
-    w.text()->get_max_char_size(&char_width, &line_height);
-    ASSERT_GT(char_width, 0);
+    ASSERT_GT(w.char_width, 0);
     const glyph_point p = strongest_point('#');
     ASSERT_GT(p.coverage, 128);
     // The one line sits on the bottom edge, starting at x 1.
-    const int y = w.text()->GetSize().GetHeight() - 1 - line_height + p.y;
-    const int x_red = 1 + p.x, x_green = 1 + 3 * char_width + p.x, x_blue = 1 + 6 * char_width + p.x;
+    const int y = w.bottom + p.y;
+    const int x_red = 1 + p.x, x_green = 1 + 3 * w.char_width + p.x, x_blue = 1 + 6 * w.char_width + p.x;
 
     const wxImage drawn = render(w.text());
     EXPECT_EQ(pixel_at(drawn, x_red, y), over_black({0xaa, 0, 0}, p.coverage));
@@ -125,6 +128,10 @@ TEST(display_gui, coloured_text_shows_in_the_palette_colours) {
         if (!wxImage::FindHandler(wxBITMAP_TYPE_PNG)) wxImage::AddHandler(new wxPNGHandler);
         screen.SaveFile(LANTERN_BINARY_DIR "/display_gui_colours.png", wxBITMAP_TYPE_PNG);
     }
+
+    // Top-anchored text starts at the top instead.
+    w.text()->model.top_anchored = 1;
+    EXPECT_EQ(pixel_at(render(w.text()), x_red, p.y), over_black({0xaa, 0, 0}, p.coverage));
 }
 
 TEST(display_gui, a_locked_display_shows_the_red_frame) {
@@ -146,18 +153,14 @@ TEST(display_gui, a_locked_display_shows_the_red_frame) {
     frame = render(w.display);
     EXPECT_EQ(pixel_at(frame, 0, 0), zorn_rgb(255, 255, 255));
     EXPECT_EQ(pixel_at(frame, 1, 1), zorn_rgb(128, 128, 128));
-}
-
-TEST(display_gui, resizing_a_locked_display_unlocks_it) {
-    display_window w;
+    // A resize unlocks too.
     w.display->lock_scrollback();
-    EXPECT_FALSE(w.display->is_following());
     w.display->set_size(0, 0, 380, 180);
     EXPECT_TRUE(w.display->is_following());
 }
 
 TEST(display_gui, the_text_control_sits_inside_the_frame_beside_the_scrollbar) {
-    display_window w(400, 200);
+    display_window w;
     const int bar = w.display->get_scrollbar_width();
     ASSERT_GT(bar, 0);
     EXPECT_EQ(w.text()->GetPosition(), wxPoint(2, 2));
@@ -174,130 +177,85 @@ TEST(display_gui, the_text_control_sits_inside_the_frame_beside_the_scrollbar) {
     EXPECT_EQ(w.display->get_scrollbar_width(), 0);
 }
 
-void mouse(zorn_textctrl* text, wxEventType type, int x, int y, bool left_down) {
-    wxMouseEvent event(type);
-    event.SetEventObject(text);
-    event.m_x = x;
-    event.m_y = y;
-    event.m_leftDown = left_down;
-    text->GetEventHandler()->ProcessEvent(event);
-}
-
 TEST(display_gui, dragging_selects_and_copies_across_a_wrapped_line) {
     display_window w;
-    int char_width = 0, line_height = 0;
-    w.text()->get_max_char_size(&char_width, &line_height);
     // Two lines: one that wraps into two display lines, then a short one.
-    const int columns = w.text()->GetSize().GetWidth() / char_width;
     std::string words;
-    while (static_cast<int>(words.size()) < columns + 5) words += "word ";
+    while (static_cast<int>(words.size()) < w.text()->GetSize().GetWidth() / w.char_width + 5) words += "word ";
     w.feed(words + "\nend");
-    zorn_textctrl_model& model = w.text()->model;
-    ASSERT_EQ(model.line_count(), 3);
-    ASSERT_FALSE(model.line_hard_newline(0));
-    const int bottom = w.text()->GetSize().GetHeight() - 1 - line_height;  // y of the last line
-    mouse(w.text(), wxEVT_LEFT_DOWN, 1, bottom - 2 * line_height + 2, true);
-    mouse(w.text(), wxEVT_MOTION, 2 * char_width + 1, bottom + 2, true);
-    mouse(w.text(), wxEVT_LEFT_UP, 2 * char_width + 1, bottom + 2, false);
+    ASSERT_EQ(w.text()->model.line_count(), 3);
+    ASSERT_FALSE(w.text()->model.line_hard_newline(0));
+    const int x2 = 2 * w.char_width + 1;
+    w.mouse(wxEVT_LEFT_DOWN, 1, w.bottom - 2 * w.line_height + 2);
+    w.mouse(wxEVT_MOTION, x2, w.bottom + 2);
+    w.mouse(wxEVT_LEFT_UP, x2, w.bottom + 2);
     ASSERT_FALSE(clipboard.empty());
     EXPECT_EQ(clipboard.back(), words + "\nend");
     EXPECT_TRUE(w.text()->has_selection());
     EXPECT_FALSE(w.display->is_following());  // a selection in progress locked the view
     // A plain click selects nothing new and keeps the clipboard.
     const size_t copies = clipboard.size();
-    mouse(w.text(), wxEVT_LEFT_DOWN, 5, bottom + 2, true);
-    mouse(w.text(), wxEVT_LEFT_UP, 5, bottom + 2, false);
+    w.mouse(wxEVT_LEFT_DOWN, 5, w.bottom + 2);
+    w.mouse(wxEVT_LEFT_UP, 5, w.bottom + 2);
     EXPECT_EQ(clipboard.size(), copies);
     EXPECT_FALSE(w.text()->has_selection());
-}
-
-TEST(display_gui, clicking_a_link_opens_it_and_selects_nothing_more) {
-    display_window w;
-    int char_width = 0, line_height = 0;
-    w.text()->get_max_char_size(&char_width, &line_height);
-    w.feed("see (www.embervale.example.com) here");
-    const int y = w.text()->GetSize().GetHeight() - 1 - line_height + 2;
-    mouse(w.text(), wxEVT_LEFT_DOWN, 10 * char_width, y, true);
-    ASSERT_EQ(opened.size(), 1u);
-    EXPECT_EQ(opened[0], "www.embervale.example.com");
-    EXPECT_EQ(clipboard.back(), "www.embervale.example.com");
-    EXPECT_EQ(w.text()->url_click_active, 1);
-    mouse(w.text(), wxEVT_MOTION, 20 * char_width, y, true);
-    mouse(w.text(), wxEVT_LEFT_UP, 20 * char_width, y, false);
-    EXPECT_EQ(w.text()->url_click_active, 0);
-    EXPECT_EQ(clipboard.size(), 1u);
-    // A click on a blank opens nothing.
-    mouse(w.text(), wxEVT_LEFT_DOWN, 3 * char_width + 1, y, true);
-    mouse(w.text(), wxEVT_LEFT_UP, 3 * char_width + 1, y, false);
-    EXPECT_EQ(opened.size(), 1u);
-}
-
-TEST(display_gui, colour_flash_runs_on_the_animation_ticks) {
-    display_window w;
-    zorn_textctrl* text = w.text();
-    text->parse_colorflash("000000 ff0000 10");
-    EXPECT_EQ(text->model.background_color, zorn_rgb(0, 0, 0));
-    animation_run(zorn_tick_ms);
-    EXPECT_EQ(text->model.background_color.red, 25);
-    for (int tick = 2; tick <= 11; ++tick) animation_run(zorn_tick_ms);
-    EXPECT_EQ(text->model.background_color, text->model.base_background_color);
-    EXPECT_FALSE(animation_contains(text));
-    EXPECT_EQ(pixel_at(render(text), 5, 5), text->model.base_background_color);
-}
-
-TEST(display_gui, border_flash_blinks_sixteen_periods) {
-    display_window w;
-    w.display->flash_border();
-    EXPECT_EQ(pixel_at(render(w.display), 0, 0), zorn_rgb(0, 0, 0));  // 16: even, black
-    for (int i = 0; i < 10; ++i) animation_run(zorn_tick_ms);
-    EXPECT_EQ(pixel_at(render(w.display), 0, 0), zorn_rgb(255, 255, 255));  // 15
-    for (int i = 0; i < 150; ++i) animation_run(zorn_tick_ms);
-    EXPECT_FALSE(animation_contains(w.display));
-    EXPECT_EQ(pixel_at(render(w.display), 1, 1), zorn_rgb(128, 128, 128));
-}
-
-TEST(display_gui, one_character_selection_survives_dragging_back) {
-    display_window w;
-    int char_width = 0, line_height = 0;
-    w.text()->get_max_char_size(&char_width, &line_height);
-    w.feed("abcdef");
-    const int y = w.text()->GetSize().GetHeight() - 1 - line_height + 2;
-    mouse(w.text(), wxEVT_LEFT_DOWN, 2 * char_width + 1, y, true);
-    mouse(w.text(), wxEVT_MOTION, 3 * char_width + 1, y, true);
-    mouse(w.text(), wxEVT_MOTION, 2 * char_width + 1, y, true);
-    mouse(w.text(), wxEVT_LEFT_UP, 2 * char_width + 1, y, false);
+    // Dragged one character on and back again: that one character stays selected.
+    w.mouse(wxEVT_LEFT_DOWN, x2 - w.char_width, w.bottom + 2);
+    w.mouse(wxEVT_MOTION, x2, w.bottom + 2);
+    w.mouse(wxEVT_MOTION, x2 - w.char_width, w.bottom + 2);
+    w.mouse(wxEVT_LEFT_UP, x2 - w.char_width, w.bottom + 2);
     EXPECT_TRUE(w.text()->has_selection());
-    EXPECT_EQ(clipboard.back(), "c");
-}
-
-TEST(display_gui, top_anchored_text_starts_at_the_top) {
-    display_window w;
-    w.text()->model.top_anchored = 1;
-    w.feed("\x1b[31m#");
-    const glyph_point p = strongest_point('#');
-    const wxImage drawn = render(w.text());
-    EXPECT_EQ(pixel_at(drawn, 1 + p.x, p.y), over_black({0xaa, 0, 0}, p.coverage));
-    w.text()->model.top_anchored = 0;
-    int char_width = 0, line_height = 0;
-    w.text()->get_max_char_size(&char_width, &line_height);
-    const wxImage bottom = render(w.text());
-    EXPECT_EQ(pixel_at(bottom, 1 + p.x, p.y), zorn_rgb(0, 0, 0));
-    EXPECT_EQ(pixel_at(bottom, 1 + p.x, bottom.GetHeight() - 1 - line_height + p.y),
-              over_black({0xaa, 0, 0}, p.coverage));
+    EXPECT_EQ(clipboard.back(), "n");
 }
 
 TEST(display_gui, selection_is_drawn_on_grey) {
     display_window w;
-    int char_width = 0, line_height = 0;
-    w.text()->get_max_char_size(&char_width, &line_height);
     w.feed("ab  cd");
-    zorn_textctrl_model& model = w.text()->model;
-    model.select_range(0, 2, 3);  // the two blanks
-    const int y = w.text()->GetSize().GetHeight() - 1 - line_height + line_height / 2;
+    w.text()->model.select_range(0, 2, 3);  // the two blanks
+    const int y = w.bottom + w.line_height / 2;
     const wxImage drawn = render(w.text());
-    EXPECT_EQ(pixel_at(drawn, 1 + 2 * char_width + 1, y), zorn_rgb(64, 64, 64));
-    EXPECT_EQ(pixel_at(drawn, 1 + 4 * char_width - 1, y), zorn_rgb(64, 64, 64));
-    EXPECT_EQ(pixel_at(drawn, 1 + 4 * char_width + 1, y - line_height / 2 + 1), zorn_rgb(0, 0, 0));
+    EXPECT_EQ(pixel_at(drawn, 1 + 2 * w.char_width + 1, y), zorn_rgb(64, 64, 64));
+    EXPECT_EQ(pixel_at(drawn, 1 + 4 * w.char_width - 1, y), zorn_rgb(64, 64, 64));
+    EXPECT_EQ(pixel_at(drawn, 1 + 4 * w.char_width + 1, w.bottom + 1), zorn_rgb(0, 0, 0));
+}
+
+TEST(display_gui, clicking_a_link_opens_it_and_selects_nothing_more) {
+    display_window w;
+    w.feed("see (www.embervale.example.com) here");
+    const int y = w.bottom + 2;
+    w.mouse(wxEVT_LEFT_DOWN, 10 * w.char_width, y);
+    ASSERT_EQ(opened.size(), 1u);
+    EXPECT_EQ(opened[0], "www.embervale.example.com");
+    EXPECT_EQ(clipboard.back(), "www.embervale.example.com");
+    EXPECT_EQ(w.text()->url_click_active, 1);
+    w.mouse(wxEVT_MOTION, 20 * w.char_width, y);
+    w.mouse(wxEVT_LEFT_UP, 20 * w.char_width, y);
+    EXPECT_EQ(w.text()->url_click_active, 0);
+    EXPECT_EQ(clipboard.size(), 1u);
+    // A click on a blank opens nothing.
+    w.mouse(wxEVT_LEFT_DOWN, 3 * w.char_width + 1, y);
+    w.mouse(wxEVT_LEFT_UP, 3 * w.char_width + 1, y);
+    EXPECT_EQ(opened.size(), 1u);
+}
+
+TEST(display_gui, flashes_run_on_the_animation_ticks) {
+    display_window w;
+    zorn_textctrl* text = w.text();
+    text->parse_colorflash("000000 ff0000 10");
+    animation_run(zorn_tick_ms);
+    EXPECT_EQ(pixel_at(render(text), 5, 5), zorn_rgb(25, 0, 0));
+    for (int tick = 2; tick <= 11; ++tick) animation_run(zorn_tick_ms);
+    EXPECT_FALSE(animation_contains(text));
+    EXPECT_EQ(pixel_at(render(text), 5, 5), text->model.base_background_color);
+
+    // The border blinks sixteen periods: black on even counts, white on odd ones.
+    w.display->flash_border();
+    EXPECT_EQ(pixel_at(render(w.display), 0, 0), zorn_rgb(0, 0, 0));
+    for (int i = 0; i < 10; ++i) animation_run(zorn_tick_ms);
+    EXPECT_EQ(pixel_at(render(w.display), 0, 0), zorn_rgb(255, 255, 255));
+    for (int i = 0; i < 150; ++i) animation_run(zorn_tick_ms);
+    EXPECT_FALSE(animation_contains(w.display));
+    EXPECT_EQ(pixel_at(render(w.display), 1, 1), zorn_rgb(128, 128, 128));
 }
 
 }  // namespace
