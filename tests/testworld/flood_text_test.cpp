@@ -59,11 +59,10 @@ TEST(FloodText, CheckerFindsLostCutAndSwappedLines) {
     const size_t third = shown.find("\n0000003 ") + 1;
     const size_t fourth = shown.find("\n0000004 ") + 1;
     const size_t fifth = shown.find("\n0000005 ") + 1;
-    struct row {
+    const struct {
         std::string text;
         std::string problem;
-    };
-    const row rows[] = {
+    } rows[] = {
         {shown.substr(0, third) + shown.substr(fourth), "line 4 where line 3 was due"},
         {shown.substr(0, third) + shown.substr(fourth, fifth - fourth) + shown.substr(third, fourth - third) +
              shown.substr(fifth),
@@ -71,10 +70,10 @@ TEST(FloodText, CheckerFindsLostCutAndSwappedLines) {
         {shown.substr(0, third) + shown.substr(third, 20) + "\n" + shown.substr(fourth), "line 3 is cut short: '"},
         {shown.substr(0, fifth), "5 of " + std::to_string(lines) + " lines shown"},
     };
-    for (const row& r : rows) {
+    for (const auto& row : rows) {
         std::string problem;
-        EXPECT_FALSE(check_flood_lines(r.text, lines, &problem));
-        EXPECT_EQ(problem.rfind(r.problem, 0), 0u) << problem;
+        EXPECT_FALSE(check_flood_lines(row.text, lines, &problem));
+        EXPECT_EQ(problem.rfind(row.problem, 0), 0u) << problem;
     }
 }
 

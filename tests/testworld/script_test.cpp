@@ -3,70 +3,39 @@
 #include <string>
 
 #include "testworld/script.h"
+#include "testworld/wire.h"
 #include "tests/net/net_test_support.h"
 
 namespace {
 
 using namespace testworld;
 
+// Each parsed step as "line N: kind [bytes] number", bytes escaped, "prefix" for a prefix expect.
+std::string describe(const script& parsed) {
+    static const char* const kinds[] = {"expect", "ignore", "send",    "sendfile", "line", "raw",
+                                        "sleep",  "timeout", "close", "drop",     "reset"};
+    std::string out;
+    for (const script_step& step : parsed.steps) {
+        out += "line " + std::to_string(step.source_line) + ": " + kinds[static_cast<int>(step.kind)] + " [" +
+               escape_for_display(step.bytes) + "] " + std::to_string(step.number) + (step.prefix ? " prefix" : "") +
+               "\n";
+    }
+    return out;
+}
+
 TEST(TestworldScript, ParsesEveryStep) {
-    const std::string text =
-        "# a comment\n"
-        "\n"
-        "expect _lantern *\n"
-        "ignore lnlstatus\\s\n"
-        "send \\e[1mhi\\x3B\r\n"
-        "line hello there\n"
-        "raw \\x17\\x03\n"
-        "sleep 10\n"
-        "timeout 200\n"
-        "expect star at end\\*\n"
-        "expect two backslashes \\\\*\n"
-        "close\n"
-        "drop\n"
-        "reset\n";
+    const std::string base = LANTERN_SOURCE_DIR "/tests/testworld/script_every_step";
     script parsed;
     std::string error;
-    ASSERT_TRUE(parse_script(text, &parsed, &error)) << error;
-    struct row {
-        step_kind kind;
-        std::string bytes;
-        int number;
-        bool prefix;
-        int source_line;
-    };
-    const row expected[] = {
-        {step_kind::expect, "_lantern ", 0, true, 3},
-        {step_kind::ignore, "lnlstatus ", 0, false, 4},
-        {step_kind::send, "\x1b[1mhi;", 0, false, 5},
-        {step_kind::line, "hello there", 0, false, 6},
-        {step_kind::raw, "\x17\x03", 0, false, 7},
-        {step_kind::sleep, "", 10, false, 8},
-        {step_kind::timeout, "", 200, false, 9},
-        {step_kind::expect, "star at end*", 0, false, 10},
-        {step_kind::expect, "two backslashes \\", 0, true, 11},
-        {step_kind::close, "", 0, false, 12},
-        {step_kind::drop, "", 0, false, 13},
-        {step_kind::reset, "", 0, false, 14},
-    };
-    ASSERT_EQ(parsed.steps.size(), std::size(expected));
-    for (size_t i = 0; i < parsed.steps.size(); i++) {
-        SCOPED_TRACE(i);
-        const script_step& step = parsed.steps[i];
-        EXPECT_EQ(step.kind, expected[i].kind);
-        EXPECT_EQ(step.bytes, expected[i].bytes);
-        EXPECT_EQ(step.number, expected[i].number);
-        EXPECT_EQ(step.prefix, expected[i].prefix);
-        EXPECT_EQ(step.source_line, expected[i].source_line);
-    }
+    ASSERT_TRUE(load_script(base + ".txt", &parsed, &error)) << error;
+    EXPECT_EQ(describe(parsed), net_test::read_file(base + ".expected"));
 }
 
 TEST(TestworldScript, BadLinesAreReportedWithTheirNumber) {
-    struct row {
+    const struct {
         const char* text;
         const char* error;
-    };
-    const row rows[] = {
+    } rows[] = {
         {"bogus thing\n", "line 1: unknown step 'bogus'"},
         {"close\nsleep soon\n", "line 2: 'sleep' needs a number of milliseconds"},
         {"timeout -5\n", "line 1: 'timeout' needs a number of milliseconds"},
@@ -74,16 +43,17 @@ TEST(TestworldScript, BadLinesAreReportedWithTheirNumber) {
         {"# x\nclose now\n", "line 2: 'close' takes no argument"},
         {"send ab\\q\n", "line 1: bad escape at column 8"},
         {"Expect x\n", "line 1: unknown step 'Expect'"},
+        {"sendfile\n", "line 1: 'sendfile' needs a file name"},
     };
-    for (const row& r : rows) {
+    for (const auto& row : rows) {
         script parsed;
         std::string error;
-        EXPECT_FALSE(parse_script(r.text, &parsed, &error)) << r.text;
-        EXPECT_EQ(error, r.error);
+        EXPECT_FALSE(parse_script(row.text, &parsed, &error)) << row.text;
+        EXPECT_EQ(error, row.error);
     }
 }
 
-TEST(TestworldScript, SendfileReadsItsFileFromTheScriptsDirectory) {
+TEST(TestworldScript, SendfileReadsItsFileFromTheScriptsDirectoryAndMissingFilesFail) {
     net_test::temp_dir dir;
     const std::string bytes("flood\r\n;sdirs;on AA;edirs;\xff\x00tail", 29);
     net_test::write_file(dir.file("flood.txt"), bytes);
@@ -99,15 +69,8 @@ TEST(TestworldScript, SendfileReadsItsFileFromTheScriptsDirectory) {
     net_test::write_file(dir.file("bad.txt"), "close\nsendfile missing.txt\n");
     EXPECT_FALSE(load_script(dir.file("bad.txt"), &parsed, &error));
     EXPECT_EQ(error, "line 2: cannot read '" + dir.file("missing.txt") + "'");
-    EXPECT_FALSE(parse_script("sendfile\n", &parsed, &error));
-    EXPECT_EQ(error, "line 1: 'sendfile' needs a file name");
-}
-
-TEST(TestworldScript, MissingFileIsAnError) {
-    script parsed;
-    std::string error;
-    EXPECT_FALSE(load_script("/nonexistent/lantern/script.txt", &parsed, &error));
-    EXPECT_EQ(error, "cannot read '/nonexistent/lantern/script.txt'");
+    EXPECT_FALSE(load_script(dir.file("missing.txt"), &parsed, &error));
+    EXPECT_EQ(error, "cannot read '" + dir.file("missing.txt") + "'");
 }
 
 }  // namespace
