@@ -20,7 +20,7 @@ using lines = std::vector<std::string>;
 struct golden_case {
     std::string name, input;
     lines display, records;  // records empty: not compared
-    int width = 100000;
+    int width = 100000, palette = 0;
 };
 
 std::string unescape(const std::string& text) {
@@ -62,6 +62,7 @@ std::vector<golden_case> load_cases() {
         if (line[0] == '=') cases.back().display.push_back(rest);
         if (line[0] == 'r' || line[0] == 'p') cases.back().records.push_back(line);
         if (line[0] == 'w') cases.back().width = std::stoi(rest);
+        if (line[0] == 'c') cases.back().palette = std::stoi(rest);
     }
     // The comment block at the top of the file has no input.
     cases.erase(std::remove_if(cases.begin(), cases.end(), [](const golden_case& c) { return c.input.empty(); }),
@@ -98,9 +99,11 @@ lines records_of(const zorn_ansi_model& ansi) {
 }
 
 void expect_case(const golden_case& c, const std::vector<std::string>& blocks, const std::string& how) {
+    zorn_select_palette(c.palette);
     ansi_fixture f(c.width);
     f.ansi.add_text("");  // uses up the text control's first-text flag, which depends on the cut
     for (const std::string& block : blocks) f.feed(block);
+    zorn_select_palette(0);
     EXPECT_EQ(colored_lines_of(f.text), c.display) << c.name << ", " << how;
     if (!c.records.empty()) {
         EXPECT_EQ(records_of(f.ansi), c.records) << c.name << ", " << how;
@@ -120,31 +123,7 @@ TEST(ansi_golden, cases_hold_at_every_cut) {
     }
 }
 
-// ---- palettes ------------------------------------------------------------------------------------
-
-TEST(ansi_model, palettes_colour_by_code_and_level) {
-    const struct {
-        int palette;
-        const char* input;
-        uint32_t expected;
-    } rows[] = {
-        {0, "x", 0xa0a0a0},           {0, "\x1b[2m\x1b[33mx", 0x774000}, {1, "x", 0xcccccc},
-        {1, "\x1b[1m\x1b[31mx", 0xff8080}, {2, "\x1b[32mx", 0x00b300},   {2, "\x1b[2mx", 0x404040},
-        // In the last palette normal white is brighter than bright white.
-        {3, "x", 0xffffff},           {3, "\x1b[1mx", 0x808080},         {3, "\x1b[35mx", 0x800080},
-        {7, "x", 0xa0a0a0},  // an unknown palette selects the default
-    };
-    for (const auto& row : rows) {
-        zorn_select_palette(row.palette);
-        ansi_fixture f;
-        f.feed(row.input);
-        const auto chunks = f.text.line_chunks(0);
-        ASSERT_EQ(chunks.size(), 1u);
-        EXPECT_EQ(zorn_pack_rgb(chunks[0].color), row.expected) << row.palette << " " << escape_text(row.input);
-    }
-    EXPECT_STREQ(zorn_palette_name(3), "GMud-style");
-    zorn_select_palette(0);
-}
+// ---- palettes (their colours are golden cases) -------------------------------------------------
 
 TEST(ansi_model, rerender_after_a_palette_change_keeps_the_old_colours) {
     ansi_fixture f;
@@ -154,6 +133,7 @@ TEST(ansi_model, rerender_after_a_palette_change_keeps_the_old_colours) {
     f.feed("\x1b[32mnew\x1b[31mred");
     zorn_select_palette(0);
     EXPECT_EQ(colored_lines_of(f.text), (lines{"{aa0000}old\\n", "{00cc00}new{cc0000}red"}));
+    EXPECT_STREQ(zorn_palette_name(3), "GMud-style");
 }
 
 // ---- parser, text control and render list together ----------------------------------------------

@@ -306,12 +306,7 @@ TEST_F(LineEdit, CtrlShortcutsForFontPanelsAndSettings) {
     config.set_channel_window_height(12);
     press('-', ctrl | shift);
     EXPECT_EQ(config.get_channel_window_height(), 10);
-    config.set_input_height(30);
-    press('[', ctrl | shift);
-    EXPECT_EQ(config.get_input_height(), 24);
-    press(']', ctrl | shift);
-    EXPECT_EQ(config.get_input_height(), 36);
-    EXPECT_EQ(link.layouts, 4);
+    EXPECT_EQ(link.layouts, 2);
 
     press('3', ctrl);  // popups only while logged in
     EXPECT_TRUE(link.popups.empty());

@@ -8,7 +8,6 @@
 
 #include "input/buttons.h"
 #include "input/input_window.h"
-#include "input/transparent_window.h"
 #include "tests/input/recording_frame.h"
 #include "tests/support/gui_main.h"
 #include "tests/theme/pixels.h"
@@ -235,30 +234,21 @@ TEST_F(Widgets, BevelAndEdges) {
     const zorn_rgb c{100, 40, 200};
     draw_button_face(face, c, zorn_bevel_raised);
     const zorn_rgb light{198, 108, 255}, dark{50, 20, 100};  // (3c + 96) / 2 capped, c / 2
-    EXPECT_EQ(pixel_at(face, 0, 2), light);
-    EXPECT_EQ(pixel_at(face, 3, 0), light);
-    EXPECT_EQ(pixel_at(face, 5, 2), dark);
-    EXPECT_EQ(pixel_at(face, 2, 4), dark);
-    EXPECT_EQ(pixel_at(face, 0, 0), c);  // corner left alone
-    EXPECT_EQ(pixel_at(face, 2, 2), c);
+    // The corner is left alone.
+    expect_pixels(face, {{0, 2, light}, {1, 1, light}, {3, 0, light}, {5, 2, dark}, {4, 3, dark}, {2, 4, dark},
+                         {0, 0, c}, {2, 2, c}});
     draw_button_face(face, c, zorn_bevel_sunk);
-    EXPECT_EQ(pixel_at(face, 0, 2), dark);
-    EXPECT_EQ(pixel_at(face, 5, 2), light);
+    expect_pixels(face, {{0, 2, dark}, {5, 2, light}});
     draw_button_face(face, c, zorn_bevel_none);
     EXPECT_EQ(count_color(face, c), 30);
 
     zorn_bitmap edges(6, 5);
     edges.Clear(zorn_black);
     draw_edges(edges, 6, 5, 8 | 1, nullptr);
-    EXPECT_EQ(pixel_at(edges, 0, 3), zorn_white);
-    EXPECT_EQ(pixel_at(edges, 1, 3), zorn_grey128);
-    EXPECT_EQ(pixel_at(edges, 4, 0), zorn_white);
-    EXPECT_EQ(pixel_at(edges, 5, 3), zorn_black);
-    EXPECT_EQ(pixel_at(edges, 3, 4), zorn_black);
+    expect_pixels(edges, {{0, 3, zorn_white}, {1, 3, zorn_grey128}, {4, 0, zorn_white}, {5, 3, zorn_black},
+                          {3, 4, zorn_black}});
     draw_edges(edges, 6, 5, 2 | 4, &zorn_red);
-    EXPECT_EQ(pixel_at(edges, 5, 3), zorn_red);
-    EXPECT_EQ(pixel_at(edges, 4, 3), zorn_red);
-    EXPECT_EQ(pixel_at(edges, 2, 4), zorn_red);
+    expect_pixels(edges, {{5, 3, zorn_red}, {4, 3, zorn_red}, {2, 4, zorn_red}});
 }
 
 TEST_F(Widgets, CharsThatFit) {
@@ -282,9 +272,7 @@ TEST_F(Widgets, InputWindowPlacesItsEditorAndFlashes) {
     EXPECT_EQ(input->line_edit.GetName(), "main input window input window");
     zorn_bitmap& picture = *input->backing_bitmap;
     input->repaint_internal(picture);
-    EXPECT_EQ(pixel_at(picture, 0, 10), zorn_white);
-    EXPECT_EQ(pixel_at(picture, 1, 10), zorn_grey128);
-    EXPECT_EQ(pixel_at(picture, 100, 47), zorn_white);
+    expect_pixels(picture, {{0, 10, zorn_white}, {1, 10, zorn_grey128}, {100, 47, zorn_white}});
     input->flash_window();
     animation_run(200);  // count 15: odd, white
     input->repaint_internal(picture);
@@ -293,34 +281,6 @@ TEST_F(Widgets, InputWindowPlacesItsEditorAndFlashes) {
     input->repaint_internal(picture);
     EXPECT_EQ(pixel_at(picture, 0, 10), zorn_black);
     animation_remove(input);
-}
-
-class three_buttons : public zorn_transparent_window {
-public:
-    explicit three_buttons(wxWindow* parent) : zorn_transparent_window(parent) {
-        for (auto*& b : buttons) b = new counting_button(parent);
-    }
-    void set_visible(int value) override {
-        if (value) layout();
-        for (auto* b : buttons) b->Show(value != 0);
-    }
-    void layout() override {
-        for (int i = 0; i < 3; i++) buttons[i]->set_size(x + i * (width / 3), y, width / 3, height);
-    }
-    void change_theme() override {}
-    counting_button* buttons[3];
-};
-
-TEST_F(Widgets, TransparentWindowPlacesChildrenOfItsParent) {
-    three_buttons group(frame);
-    EXPECT_EQ(group.width, 10);
-    EXPECT_EQ(group.visible, 1);
-    group.set_rect(30, 40, 90, 20);
-    EXPECT_EQ(group.buttons[2]->GetPosition(), wxPoint(90, 40));
-    EXPECT_EQ(group.buttons[2]->GetParent(), frame);
-    group.show(0);
-    EXPECT_EQ(group.visible, 0);
-    EXPECT_FALSE(group.buttons[0]->IsShown());
 }
 
 }  // namespace

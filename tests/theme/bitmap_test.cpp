@@ -70,8 +70,7 @@ TEST(Bitmap, SetPixelAndFilledRectangleClip) {
     b.SetPixel(1, 2, paint);
     b.SetPixel(3, 3, 1, 2, 3);
     for (auto [x, y] : std::vector<std::pair<int, int>>{{-1, 0}, {4, 0}, {0, -1}, {0, 4}}) b.SetPixel(x, y, zorn_white);
-    EXPECT_EQ(pixel_at(b, 1, 2), paint);
-    EXPECT_EQ(pixel_at(b, 3, 3), zorn_rgb(1, 2, 3));
+    expect_pixels(b, {{1, 2, paint}, {3, 3, {1, 2, 3}}});
     EXPECT_EQ(lit_pixels(b).size(), 2u);
 
     const struct {
@@ -120,15 +119,13 @@ TEST(Bitmap, LinesFollowTheStepRule) {
 TEST(Bitmap, GradientLineStartsAtFromAndStopsShortOfTo) {
     zorn_bitmap b = black_bitmap(6, 3);
     b.DrawGradientLine(0, 1, 3, 1, zorn_black, zorn_rgb(255, 0, 0));  // step = 255 * 256 / 4 = 16320
-    const int reds[] = {0, 63, 127, 191};
-    for (int x = 0; x < 4; x++) EXPECT_EQ(pixel_at(b, x, 1), zorn_rgb(reds[x], 0, 0)) << x;
+    expect_pixels(b, {{0, 1, {0, 0, 0}}, {1, 1, {63, 0, 0}}, {2, 1, {127, 0, 0}}, {3, 1, {191, 0, 0}}});
 
     // Walks from the first end even when it is on the right, falling colour.
     zorn_bitmap c = black_bitmap(6, 6);
     c.DrawGradientLine(4, 4, 0, 0, zorn_rgb(250, 250, 250), zorn_rgb(0, 0, 0));
-    EXPECT_EQ(pixel_at(c, 4, 4), zorn_rgb(250, 250, 250));
-    EXPECT_EQ(pixel_at(c, 3, 3), zorn_rgb(200, 200, 200));  // step -250 * 256 / 5 = -12800
-    EXPECT_EQ(pixel_at(c, 0, 0), zorn_rgb(50, 50, 50));
+    // step -250 * 256 / 5 = -12800
+    expect_pixels(c, {{4, 4, {250, 250, 250}}, {3, 3, {200, 200, 200}}, {0, 0, {50, 50, 50}}});
 }
 
 TEST(Bitmap, GradientRectangles) {
@@ -139,23 +136,16 @@ TEST(Bitmap, GradientRectangles) {
 
     zorn_bitmap three = black_bitmap(5, 5);
     three.DrawXGradientRectangle(3, 1, 1, 2, zorn_black, to);  // size 2, step / 4
-    EXPECT_EQ(pixel_at(three, 1, 1), zorn_rgb(50, 25, 0));
-    EXPECT_EQ(pixel_at(three, 2, 2), zorn_rgb(100, 50, 0));
-    EXPECT_EQ(pixel_at(three, 3, 1), zorn_rgb(150, 75, 0));
-    EXPECT_EQ(pixel_at(three, 3, 3), zorn_black);
+    expect_pixels(three, {{1, 1, {50, 25, 0}}, {2, 2, {100, 50, 0}}, {3, 1, {150, 75, 0}}, {3, 3, zorn_black}});
 
     // Cut off at the left: the walk starts at `from` at the bitmap's edge.
     zorn_bitmap cut = black_bitmap(5, 5);
     cut.DrawXGradientRectangle(-2, 0, 2, 0, zorn_black, to);  // size 4, step 200 * 256 / 6 = 8533
-    EXPECT_EQ(std::vector<int>({pixel_at(cut, 0, 0).red, pixel_at(cut, 1, 0).red, pixel_at(cut, 2, 0).red}),
-              std::vector<int>({33, 66, 99}));
+    expect_pixels(cut, {{0, 0, {33, 16, 0}}, {1, 0, {66, 33, 0}}, {2, 0, {99, 49, 0}}});
 
     zorn_bitmap vertical = black_bitmap(5, 5);
     vertical.DrawYGradientRectangle(0, 0, 4, 2, to, zorn_black);  // falling
-    EXPECT_EQ(pixel_at(vertical, 4, 0), zorn_rgb(150, 75, 0));
-    EXPECT_EQ(pixel_at(vertical, 0, 1), zorn_rgb(100, 50, 0));
-    EXPECT_EQ(pixel_at(vertical, 2, 2), zorn_rgb(50, 25, 0));
-    EXPECT_EQ(pixel_at(vertical, 2, 3), zorn_black);
+    expect_pixels(vertical, {{4, 0, {150, 75, 0}}, {0, 1, {100, 50, 0}}, {2, 2, {50, 25, 0}}, {2, 3, zorn_black}});
 }
 
 TEST(Bitmap, FilledCircleRows) {
@@ -163,9 +153,7 @@ TEST(Bitmap, FilledCircleRows) {
     b.DrawFilledCircle(5, 5, 2, paint);
     // r (r + 1) = 6: half widths 2, 2, 1 for distances 0, 1, 2.
     EXPECT_EQ(count_color(b, paint), 5 + 5 + 5 + 3 + 3);
-    EXPECT_EQ(pixel_at(b, 3, 4), paint);
-    EXPECT_EQ(pixel_at(b, 3, 3), zorn_black);
-    EXPECT_EQ(pixel_at(b, 4, 3), paint);
+    expect_pixels(b, {{3, 4, paint}, {3, 3, zorn_black}, {4, 3, paint}});
 
     zorn_bitmap point = black_bitmap(12, 12);
     point.DrawFilledCircle(5, 5, -4, paint);  // negative radius counts as 0
@@ -180,26 +168,18 @@ TEST(Bitmap, PolygonFillAndBorder) {
     const int square[] = {2, 2, 7, 2, 7, 7, 2, 7};
     zorn_bitmap b = black_bitmap(10, 10);
     b.DrawPolygon(4, square, 0, 0, border, fill);
-    EXPECT_EQ(pixel_at(b, 4, 4), fill);
-    EXPECT_EQ(pixel_at(b, 2, 2), border);
-    EXPECT_EQ(pixel_at(b, 4, 7), border);
-    EXPECT_EQ(pixel_at(b, 7, 4), border);
-    EXPECT_EQ(pixel_at(b, 1, 4), zorn_black);
-    EXPECT_EQ(pixel_at(b, 8, 4), zorn_black);
+    expect_pixels(b, {{4, 4, fill}, {2, 2, border}, {4, 7, border}, {7, 4, border}, {1, 4, zorn_black}, {8, 4, zorn_black}});
     EXPECT_EQ(count_color(b, fill), 16);
     EXPECT_EQ(count_color(b, border), 20);
 
     zorn_bitmap moved = black_bitmap(10, 10);  // the offset moves every point
     moved.DrawPolygon(4, square, 1, 1, border, fill);
-    EXPECT_EQ(pixel_at(moved, 8, 8), border);
-    EXPECT_EQ(pixel_at(moved, 7, 7), fill);
+    expect_pixels(moved, {{8, 8, border}, {7, 7, fill}});
 
     const int triangle[] = {0, 0, 8, 0, 0, 8};
     zorn_bitmap t = black_bitmap(10, 10);
     t.DrawPolygon(3, triangle, 0, 0, border, fill);
-    EXPECT_EQ(pixel_at(t, 2, 2), fill);
-    EXPECT_EQ(pixel_at(t, 6, 6), zorn_black);
-    EXPECT_EQ(pixel_at(t, 4, 4), border);  // on the hypotenuse
+    expect_pixels(t, {{2, 2, fill}, {6, 6, zorn_black}, {4, 4, border}});  // 4,4 is on the hypotenuse
 }
 
 TEST(Bitmap, PolygonDegenerateCases) {
@@ -233,10 +213,8 @@ TEST(Bitmap, BitmapCopies) {
     zorn_bitmap use(4, 4);
     use.Clear(zorn_white);
     use.DrawBitmapUseAlpha(source, 1, 1);
-    EXPECT_EQ(pixel_at(use, 1, 1), zorn_rgb(100, 50, 25));
-    EXPECT_EQ(pixel_at(use, 2, 1), zorn_rgb(199, 99, 49));  // x 255 / 256
-    EXPECT_EQ(pixel_at(use, 1, 2), zorn_black);              // transparent comes out black
-    EXPECT_EQ(pixel_at(use, 0, 0), zorn_white);
+    // Alpha 255 multiplies by 255 / 256; transparent comes out black.
+    expect_pixels(use, {{1, 1, {100, 50, 25}}, {2, 1, {199, 99, 49}}, {1, 2, zorn_black}, {0, 0, zorn_white}});
 }
 
 }  // namespace

@@ -95,9 +95,8 @@ TEST(Font, PointSizeAndCopyRenderAgain) {
     EXPECT_FALSE(other.set_native_description(""));
     EXPECT_TRUE(other.set_native_description(zorn_main_font()->GetNativeFontInfoDesc()));
     other.get_char_size('W', &w, &h);
-    int main_w = 0, main_h = 0;
-    zorn_main_font()->get_char_size('W', &main_w, &main_h);
-    EXPECT_EQ(h, main_h);
+    zorn_main_font()->get_char_size('W', &w20, &h20);
+    EXPECT_EQ(h, h20);
 }
 
 TEST(Text, OpaqueTextPaintsItsCellsAndNothingBeyondTheEdges) {
@@ -110,8 +109,7 @@ TEST(Text, OpaqueTextPaintsItsCellsAndNothingBeyondTheEdges) {
     b.DrawText(font, "  ", 0, 0, zorn_rgb(255, 255, 0), background);
     // Two spaces: both cells become the background, the rest stays.
     EXPECT_EQ(count_color(b, background), 2 * cell * height);
-    EXPECT_EQ(pixel_at(b, 2 * cell, 0), zorn_white);
-    EXPECT_EQ(pixel_at(b, 0, height), zorn_white);
+    expect_pixels(b, {{2 * cell, 0, zorn_white}, {0, height, zorn_white}});
 
     zorn_bitmap edges(20, 20);
     edges.Clear(zorn_black);
@@ -154,12 +152,9 @@ TEST(Text, GlyphBlendFormula) {
     clear.Clear(zorn_rgb(100, 100, 100));
     opaque.DrawTextGlyph(glyph, 0, 0, zorn_rgb(200, 0, 0), zorn_rgb(0, 0, 100));
     clear.DrawTextGlyphTransparent(glyph, 0, 0, zorn_rgb(200, 0, 0));
-    EXPECT_EQ(pixel_at(opaque, 0, 0), zorn_rgb(0, 0, 100));
-    EXPECT_EQ(pixel_at(opaque, 1, 0), zorn_rgb(100, 0, 49));   // (200*128)/256, (100*127)/256
-    EXPECT_EQ(pixel_at(opaque, 2, 0), zorn_rgb(199, 0, 0));
-    EXPECT_EQ(pixel_at(clear, 0, 0), zorn_rgb(100, 100, 100));
-    EXPECT_EQ(pixel_at(clear, 1, 0), zorn_rgb(149, 49, 49));   // (25600 + 12700)/256
-    EXPECT_EQ(pixel_at(clear, 2, 0), zorn_rgb(199, 0, 0));
+    // (200 * 128) / 256 and (100 * 127) / 256; (25600 + 12700) / 256 over the grey.
+    expect_pixels(opaque, {{0, 0, {0, 0, 100}}, {1, 0, {100, 0, 49}}, {2, 0, {199, 0, 0}}});
+    expect_pixels(clear, {{0, 0, {100, 100, 100}}, {1, 0, {149, 49, 49}}, {2, 0, {199, 0, 0}}});
 
     // Real glyphs: white over black peaks at 254.
     zorn_bitmap b(60, 30);
