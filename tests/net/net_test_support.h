@@ -28,7 +28,6 @@ public:
     bool wait_exit(int timeout_ms, int* status);
     void signal(int number);
     void stop();
-    pid_t id() const { return pid; }
 
 private:
     pid_t pid = -1;
