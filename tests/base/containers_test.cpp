@@ -21,14 +21,12 @@ int item_matches(const void* thing, const void* key) {
 
 }  // namespace
 
-TEST(Hash, PinnedValues) {
+TEST(HashTable, PinnedHashesAndGrowthPastHalfFull) {
     // The finish runs after four zero length steps, so the empty text is not the bare seed.
     EXPECT_EQ(zorn_hash_text(""), 447547777u);
     EXPECT_EQ(zorn_hash_text("abc"), 1257601186u);
     EXPECT_EQ(zorn_hash_bytes("abc", 3), 2564960460u);
-}
 
-TEST(HashTable, GrowsPastHalfFullAndKeepsEverything) {
     VoidPointerHashTable table(item_hash, key_hash, item_matches);
     std::vector<item> items(1000);
     for (size_t i = 0; i < items.size(); ++i) items[i].key = "key" + std::to_string(i);

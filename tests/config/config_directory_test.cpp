@@ -1,34 +1,27 @@
 #include "config/config_directory.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "tests/support/temp_dir.h"
 
 namespace {
 
-bool is_directory(const std::string& path) {
-    struct stat st;
-    return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-}
+namespace fs = std::filesystem;
 
 // Runs with HOME and the working directory inside a private temporary directory.
 class ConfigDirectory : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_EQ(mkdir(home.c_str(), 0700), 0);
-        ASSERT_EQ(mkdir(work.c_str(), 0700), 0);
+        ASSERT_TRUE(fs::create_directory(home) && fs::create_directory(work));
         setenv("HOME", home.c_str(), 1);
-        ASSERT_EQ(chdir(work.c_str()), 0);
+        fs::current_path(work);
     }
-    void TearDown() override {
-        if (chdir("/") != 0) {
-        }
-    }
+    void TearDown() override { fs::current_path("/"); }
 
     temp_dir root;
     std::string home = root / "home";
@@ -41,13 +34,10 @@ TEST_F(ConfigDirectory, FirstCandidateIsUnderDotConfig) {
     EXPECT_EQ(zorn_client_config_directory(), nullptr);
     ASSERT_TRUE(zorn_client_set_up_config_directory("EmberVale"));
     EXPECT_EQ(std::string(zorn_client_config_directory()), home + "/.config/EmberVale");
-    EXPECT_TRUE(is_directory(home + "/.config/EmberVale"));
-    EXPECT_NE(access((home + "/.config/EmberVale/xx-rw-test.qqq").c_str(), F_OK), 0);  // probe removed
-
+    EXPECT_TRUE(fs::is_directory(home + "/.config/EmberVale"));
+    EXPECT_FALSE(fs::exists(home + "/.config/EmberVale/xx-rw-test.qqq"));  // probe removed
     ASSERT_TRUE(zorn_client_cd_to_config_directory());
-    char cwd[4096];
-    ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
-    EXPECT_EQ(std::string(cwd), home + "/.config/EmberVale");
+    EXPECT_EQ(fs::current_path(), home + "/.config/EmberVale");
 }
 
 TEST_F(ConfigDirectory, WithoutHomeStartUpFails) {
@@ -63,13 +53,13 @@ TEST_F(ConfigDirectory, FallsThroughToHiddenDirectoryThenTmp) {
     const std::string base = "LanternTest" + std::to_string(getpid());
     ASSERT_TRUE(zorn_client_set_up_config_directory(base.c_str()));
     EXPECT_EQ(std::string(zorn_client_config_directory()), "." + base);
-    EXPECT_TRUE(is_directory(work + "/." + base));
+    EXPECT_TRUE(fs::is_directory(work + "/." + base));
 
     // Hidden candidate blocked too: the next one is under /tmp.
-    ASSERT_EQ(std::system(("rm -rf '" + work + "/." + base + "'").c_str()), 0);
+    fs::remove_all(work + "/." + base);
     write_file(work + "/." + base, "blocked");
     ASSERT_TRUE(zorn_client_set_up_config_directory(base.c_str()));
     EXPECT_EQ(std::string(zorn_client_config_directory()), "/tmp/" + base);
-    EXPECT_TRUE(is_directory("/tmp/" + base));
-    rmdir(("/tmp/" + base).c_str());
+    EXPECT_TRUE(fs::is_directory("/tmp/" + base));
+    fs::remove("/tmp/" + base);
 }

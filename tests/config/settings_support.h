@@ -1,47 +1,21 @@
 #pragma once
-// Helpers of the settings tests: a private directory per test and a listener that records what
+// Helpers of the settings tests: files in a private directory and a listener that records what
 // the setters ask of the window.
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "config/config_listener.h"
+#include "tests/support/temp_dir.h"
 
-class temp_directory {
-public:
-    temp_directory() {
-        char pattern[] = "/tmp/lantern_settings_XXXXXX";
-        const char* made = mkdtemp(pattern);
-        path_ = made ? made : "";
-    }
-    ~temp_directory() {
-        std::error_code ignored;
-        if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
-    }
-    const char* path() const { return path_.c_str(); }
-    std::string file(const std::string& relative) const { return path_ + "/" + relative; }
-
-private:
-    std::string path_;
-};
-
-inline std::string read_file(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-inline void write_file(const std::string& path, const std::string& text) {
+// write_file that makes the missing directories first.
+inline void write_file_making_dirs(const std::string& path, const std::string& text) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    std::ofstream(path, std::ios::binary) << text;
+    write_file(path, text);
 }
 
-// Each call is one line: its name and arguments.
+// Each call is one word of joined(): its name and arguments.
 class recording_listener : public zorn_config_listener {
 public:
     recording_listener() { zorn_set_config_listener(this); }
@@ -58,10 +32,8 @@ public:
     }
 
     bool is_logged_in() override { return logged_in; }
-    void sync_menu_item(zorn_setting key, int value) override {
-        add("menu:" + std::string(zorn_setting_table(key).name) + "=" + std::to_string(value));
-    }
-    void sync_audio_menu_item(int value) override { add("audio_menu=" + std::to_string(value)); }
+    void sync_menu_item(zorn_setting key, int value) override { add("menu:", key, value); }
+    void sync_audio_menu_item(int value) override { add("audio_menu=", value); }
     void mark_client_status_dirty() override { add("dirty"); }
     void layout_and_refresh() override { add("layout"); }
     void relayout_scrollbar() override { add("scrollbar"); }
@@ -69,16 +41,14 @@ public:
     void apply_theme(zorn_theme_part part) override {
         add(part == zorn_theme_part::button ? "theme:button" : "theme:background");
     }
-    void show_status_bar(bool show) override { add("status_bar=" + std::to_string(show)); }
-    void show_sky_bar(bool show) override { add("sky_bar=" + std::to_string(show)); }
-    void set_status_display_flag(zorn_setting key, int value) override {
-        add("flag:" + std::string(zorn_setting_table(key).name) + "=" + std::to_string(value));
-    }
-    void show_status_display(bool show) override { add("status_display=" + std::to_string(show)); }
+    void show_status_bar(bool show) override { add("status_bar=", show); }
+    void show_sky_bar(bool show) override { add("sky_bar=", show); }
+    void set_status_display_flag(zorn_setting key, int value) override { add("flag:", key, value); }
+    void show_status_display(bool show) override { add("status_display=", show); }
     void hide_group_display() override { add("hide_group"); }
-    void set_channel_window_enable(int value) override { add("channel_window=" + std::to_string(value)); }
-    void set_automap_scale(int size) override { add("automap_scale=" + std::to_string(size)); }
-    void enable_automap_size_items(bool enable) override { add("automap_items=" + std::to_string(enable)); }
+    void set_channel_window_enable(int value) override { add("channel_window=", value); }
+    void set_automap_scale(int size) override { add("automap_scale=", size); }
+    void enable_automap_size_items(bool enable) override { add("automap_items=", enable); }
     void update_automap_visibility() override { add("automap_visibility"); }
     void apply_fonts(const char* main_description, int main_size, const char* button_description,
                      int button_size) override {
@@ -95,4 +65,8 @@ public:
 
 private:
     void add(const std::string& call) { calls.push_back(call); }
+    void add(const std::string& name, int value) { add(name + std::to_string(value)); }
+    void add(const std::string& kind, zorn_setting key, int value) {
+        add(kind + zorn_setting_table(key).name + "=" + std::to_string(value));
+    }
 };
