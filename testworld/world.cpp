@@ -199,6 +199,9 @@ void session::handle_line(const std::string& raw_line) {
     std::string line = raw_line;
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (handle_client_line(line)) return;
+    // The client echoes a typed line without ending it: each answer starts a line of its own. A
+    // password is not echoed, and its answer ends the prompt's line itself.
+    if (stage == stage_name || stage == stage_playing) output += "\r\n";
     switch (stage) {
     case stage_name: handle_name(line); break;
     case stage_password: handle_password(line); break;

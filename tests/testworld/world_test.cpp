@@ -55,7 +55,7 @@ TEST(TestworldSession, NamesAreTwoToFifteenLetters) {
         p.begin();
         const std::string reply = p.line(row.typed);
         if (row.name) {
-            EXPECT_EQ(reply, "Password: " + iac_dont_echo);
+            EXPECT_EQ(reply, "\r\nPassword: " + iac_dont_echo);
             EXPECT_EQ(p.link.player_name(), row.name);
         } else {
             EXPECT_TRUE(contains(reply, "Names are 2 to 15 letters"));
@@ -153,7 +153,7 @@ TEST(TestworldSession, ClientLinesAreAnsweredAtEveryStage) {
         EXPECT_EQ(p.line("lnlwindow close map"), "");
         p.line(next_stage);
     }
-    EXPECT_EQ(p.line("lnping "), "Huh? Type 'help' for the commands.\r\n\r\n> ") << "only the exact line is a ping";
+    EXPECT_EQ(p.line("lnping "), "\r\nHuh? Type 'help' for the commands.\r\n\r\n> ") << "only the exact line is a ping";
 }
 
 // What the client-feature commands put on the wire: the tags, and the text around them.
@@ -181,7 +181,7 @@ TEST(TestworldSession, ClientFeatureCommands) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.command);
         const std::string reply = p.line(row.command);
-        EXPECT_EQ(reply.rfind(row.wire, 0), 0u) << reply;
+        EXPECT_EQ(reply.rfind(std::string("\r\n") + row.wire, 0), 0u) << reply;  // an answer starts its own line
         EXPECT_EQ(reply.substr(reply.size() - 4), "\r\n> ");
     }
     EXPECT_TRUE(contains(p.line("help"), "inventory (i)"));
