@@ -46,17 +46,22 @@ bool zorn_embedded_window::animation_callback(int) {
     return false;
 }
 
-void zorn_embedded_window::set_size(int x, int y, int width, int height) {
-    width = std::max(width, 1);
-    height = std::max(height, 1);
+// A new backing bitmap when the size differs from the window's or the bitmap's; true then.
+bool zorn_embedded_window::resize_backing(int width, int height) {
     const wxSize present = GetSize();
-    const bool changed = width != present.GetWidth() || height != present.GetHeight() ||
-                         !backing_bitmap || backing_bitmap->GetWidth() != width ||
-                         backing_bitmap->GetHeight() != height;
+    const bool changed = width != present.GetWidth() || height != present.GetHeight() || !backing_bitmap ||
+                         backing_bitmap->GetWidth() != width || backing_bitmap->GetHeight() != height;
     if (changed) {
         delete backing_bitmap;
         backing_bitmap = new zorn_bitmap(width, height);
     }
+    return changed;
+}
+
+void zorn_embedded_window::set_size(int x, int y, int width, int height) {
+    width = std::max(width, 1);
+    height = std::max(height, 1);
+    const bool changed = resize_backing(width, height);
     SetSize(x, y, width, height, wxSIZE_AUTO);
     resize_handler(changed);
 }
@@ -64,14 +69,7 @@ void zorn_embedded_window::set_size(int x, int y, int width, int height) {
 void zorn_embedded_window::set_size(int width, int height) {
     width = std::max(width, 1);
     height = std::max(height, 1);
-    const wxSize present = GetSize();
-    const bool changed = width != present.GetWidth() || height != present.GetHeight() ||
-                         !backing_bitmap || backing_bitmap->GetWidth() != width ||
-                         backing_bitmap->GetHeight() != height;
-    if (changed) {
-        delete backing_bitmap;
-        backing_bitmap = new zorn_bitmap(width, height);
-    }
+    const bool changed = resize_backing(width, height);
     SetSize(-1, -1, width, height, 0);
     resize_handler(changed);
 }

@@ -61,6 +61,7 @@ public:
     int anim_period;                   // length of a period in milliseconds
 
 private:
+    bool resize_backing(int width, int height);
     void paint_handler(wxPaintEvent& event);
     void erase_handler(wxEraseEvent& event);
     void size_handler(wxSizeEvent& event);
