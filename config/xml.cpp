@@ -415,10 +415,11 @@ void zorn_xml_writer::write_string(const char* text) {
     if (!run.empty()) write_text(run.c_str());
 }
 
-void zorn_xml_writer::write_tag(const char* name, int newline, const char* extra) {
+// The indented "<name extra" that both kinds of opening tag begin with; false for a null name.
+bool zorn_xml_writer::write_tag_start(const char* name, const char* extra) {
     if (!name) {
         error("Error in zorn_xml_writer::write_tag(), NULL tag.\n");
-        return;
+        return false;
     }
     write_indent();
     write_text("<");
@@ -427,6 +428,11 @@ void zorn_xml_writer::write_tag(const char* name, int newline, const char* extra
         write_text(" ");
         write_text(extra);
     }
+    return true;
+}
+
+void zorn_xml_writer::write_tag(const char* name, int newline, const char* extra) {
+    if (!write_tag_start(name, extra)) return;
     write_text(newline ? ">\n" : ">");
     ++depth;
     tag_stack.emplace_back(name, strnlen(name, zorn_xml_tag_size - 1));
@@ -449,18 +455,7 @@ void zorn_xml_writer::end_tag(const char* expected, int indent) {
 }
 
 void zorn_xml_writer::write_single_tag(const char* name, const char* extra) {
-    if (!name) {
-        error("Error in zorn_xml_writer::write_tag(), NULL tag.\n");
-        return;
-    }
-    write_indent();
-    write_text("<");
-    write_string(name);
-    if (extra) {
-        write_text(" ");
-        write_text(extra);
-    }
-    write_text(" />\n");
+    if (write_tag_start(name, extra)) write_text(" />\n");
 }
 
 void zorn_xml_writer::write_cdata(const unsigned char* data, int length) {

@@ -113,6 +113,7 @@ public:
     // depth of at least 1 left, indentation comes first.
     void end_tag(const char* expected, int indent);
     void write_indent();
+    bool write_tag_start(const char* name, const char* extra);
     void write_newline();
     void write_single_tag(const char* name, const char* extra = nullptr);
     // Lower-case hexadecimal, 32 bytes to a line, between "<![CDATA[" and "]]>" lines.
