@@ -5,7 +5,6 @@
 #include "display/ansi_display.h"
 #include "input/input_window.h"
 #include "theme/font.h"
-#include "theme/theme.h"
 
 namespace {
 
@@ -47,15 +46,9 @@ void zorn_mw::switch_layout() {
     Refresh(false);
 }
 
-void zorn_mw::apply_theme(zorn_theme_part part) {
-    if (part == zorn_theme_part::button) {
-        switch_button_theme();
-        refresh_themes(false);
-    } else {
-        switch_background_theme();
-        refresh_themes(true);
-    }
-}
+// refresh_themes selects both themes from the record again; only a background change needs the
+// painted background rebuilt.
+void zorn_mw::apply_theme(zorn_theme_part part) { refresh_themes(part == zorn_theme_part::background); }
 
 // FIXME: the status bar, sky bar, status display, group display, channel window and automap take
 // these over as they join; until then the layout is all that follows.
