@@ -1,6 +1,5 @@
 // The tag table: what each out-of-band tag from the server does, the session's life (login and
 // the session events), text diversion, the lag meter and the client status line.
-#include <cstdlib>
 #include <cstring>
 
 #include "app/main_frame.h"
@@ -15,12 +14,6 @@ namespace {
 void no_handler(const char* name) {
     if (zorn_debug_level >= 2)
         zorn_client_debug_printf("Warning in zorn_mw::process_tagged_data(), no handler for tag '%s'.\n", name);
-}
-
-// "bf" or "b" followed by a number above 0: the function key and hint buttons' descriptions.
-bool numbered_tag(const char* name, const char* letters) {
-    const size_t n = std::strlen(letters);
-    return std::strncmp(name, letters, n) == 0 && std::atoi(name + n) > 0;
 }
 
 }  // namespace
@@ -49,11 +42,10 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
     } else if (std::strcmp(name, "sound") == 0) {
         // FIXME: parse_audio_tag once the soundpack exists; with audio off the tag is ignored.
         if (LConfig::instance().get_system_audio()) no_handler(name);
-    } else if (numbered_tag(name, "bf") || numbered_tag(name, "b")) {
-        no_handler(name);  // FIXME: function key and hint buttons
     } else {
         // FIXME: map, walkfail, dirs, areaname, combat, ncombat, enemyhp, group, xpp, hp, bclear,
-        // window_create, chdiv, chudiv, skystate and icons join with their panels.
+        // window_create, chdiv, chudiv, skystate, icons, and the numbered button tags "bf<n>" and
+        // "b<n>" (tested last, so "bclear" never reaches them) join with their panels.
         no_handler(name);
     }
 }
