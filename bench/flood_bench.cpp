@@ -120,24 +120,6 @@ int run(int megabytes, int trials) {
 
 }  // namespace
 
-// The event loop helpers that the shared end-to-end code uses.
-bool pump_until(const std::function<bool()>& done, int timeout_ms) {
-    wxGUIEventLoop loop;
-    const wxLongLong start = wxGetLocalTimeMillis();
-    wxTimer poll;
-    poll.Bind(wxEVT_TIMER, [&](wxTimerEvent&) {
-        if (done() || wxGetLocalTimeMillis() - start > timeout_ms) loop.Exit();
-    });
-    poll.Start(5);
-    if (!done()) loop.Run();
-    return done();
-}
-
-void pump_for(int ms) {
-    const wxLongLong end = wxGetLocalTimeMillis() + ms;
-    pump_until([&] { return wxGetLocalTimeMillis() >= end; }, ms + 1000);
-}
-
 int main(int argc, char** argv) {
     int megabytes = 50;
     int trials = 3;

@@ -3,10 +3,7 @@
 
 #include <gtest/gtest.h>
 #include <wx/app.h>
-#include <wx/evtloop.h>
 #include <wx/init.h>
-#include <wx/timer.h>
-#include <wx/utils.h>
 
 #include <cstdio>
 
@@ -24,23 +21,6 @@ public:
 };
 
 }  // namespace
-
-bool pump_until(const std::function<bool()>& done, int timeout_ms) {
-    wxGUIEventLoop loop;
-    const wxLongLong start = wxGetLocalTimeMillis();
-    wxTimer poll;
-    poll.Bind(wxEVT_TIMER, [&](wxTimerEvent&) {
-        if (done() || wxGetLocalTimeMillis() - start > timeout_ms) loop.Exit();
-    });
-    poll.Start(5);
-    if (!done()) loop.Run();
-    return done();
-}
-
-void pump_for(int ms) {
-    const wxLongLong end = wxGetLocalTimeMillis() + ms;
-    pump_until([&] { return wxGetLocalTimeMillis() >= end; }, ms + 1000);
-}
 
 int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
