@@ -6,6 +6,7 @@
 #
 #   e2e_binary_test.sh LANTERN TESTWORLD X11_CLOSE
 set -u
+. "$(dirname "$0")/client_process.sh"
 
 lantern=$1 testworld=$2 close_tool=$3
 
@@ -27,24 +28,8 @@ fail() {
     exit 1
 }
 
-# Runs "$@" until it succeeds or the time (in tenths of a second) runs out.
-wait_for() {
-    local tenths=$1
-    shift
-    for ((i = 0; i < tenths * 2; i++)); do
-        "$@" && return 0
-        sleep 0.05
-    done
-    return 1
-}
-
 received() { grep -qxF -- "$1" "$tmp/received.log" 2>/dev/null; }
 title_is() { [ "$(xdotool getwindowname "$WID" 2>/dev/null)" = "$1" ]; }
-client_ended() {
-    local state
-    state=$(cut -d' ' -f3 "/proc/$APP_PID/stat" 2>/dev/null) || return 0
-    [ -z "$state" ] || [ "$state" = Z ]
-}
 type_line() {
     xdotool type --delay 15 -- "$1"
     xdotool key Return

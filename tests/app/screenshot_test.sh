@@ -7,6 +7,7 @@
 # LANTERN_UPDATE_REFERENCES=1 rewrites the reference from this run's picture instead of comparing.
 # A failing picture is kept as ARTIFACT_DIR/frame_actual.png (and frame_diff.png).
 set -u
+. "$(dirname "$0")/client_process.sh"
 
 lantern=$1 close_tool=$2 compare_tool=$3 reference=$4 mask=$5 artifacts=$6
 tolerance=${LANTERN_SCREENSHOT_TOLERANCE:-12}
@@ -24,24 +25,6 @@ fail() {
     echo "FAIL: $*"
     if [ -s "$tmp/app.log" ]; then tail -20 "$tmp/app.log" | sed 's/^/  client: /'; fi
     exit 1
-}
-
-# Runs "$@" until it succeeds or the time (in tenths of a second) runs out.
-wait_for() {
-    local tenths=$1
-    shift
-    for ((i = 0; i < tenths * 2; i++)); do
-        "$@" && return 0
-        sleep 0.05
-    done
-    return 1
-}
-
-# True once the client has ended (gone, or a zombie waiting to be reaped).
-client_ended() {
-    local state
-    state=$(cut -d' ' -f3 "/proc/$APP_PID/stat" 2>/dev/null) || return 0
-    [ -z "$state" ] || [ "$state" = Z ]
 }
 
 keep_artifact() {
