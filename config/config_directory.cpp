@@ -10,8 +10,12 @@
 #include "base/files.h"
 #include "base/fixed_string.h"
 #include "config/debug_log.h"
+#include "config/replace_file.h"
 
 namespace {
+
+// A temporary settings file this old belongs to no save still under way.
+constexpr int stale_save_age_seconds = 60;
 
 std::string config_directory;
 bool config_directory_set = false;
@@ -53,6 +57,9 @@ bool zorn_client_set_up_config_directory(const char* base_name) {
         if (!try_candidate(candidate)) continue;
         config_directory = candidate;
         config_directory_set = true;
+        // A save cut off by a kill leaves its temporary file beside the settings it was replacing.
+        zorn_remove_stale_replace_files(candidate.c_str(), stale_save_age_seconds);
+        zorn_remove_stale_replace_files((candidate + "/char_configs").c_str(), stale_save_age_seconds);
         zorn_client_debug_eventf(zorn_cat_verbose, "zorn_client_set_up_config_directory() - got final config directory '%s'",
                                  candidate.c_str());
         return true;

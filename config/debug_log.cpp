@@ -208,6 +208,12 @@ void zorn_client_debug_logfile_close() {
     s.open_failed = false;
 }
 
+std::string zorn_client_current_debug_logfile_name() {
+    const log_state& s = state();
+    if (!s.file_name.empty()) return s.file_name;
+    return s.automatic_name.empty() ? std::string() : "/tmp/" + s.automatic_name;
+}
+
 const char* zorn_client_get_debug_logfile_name() {
     open_on_demand();
     return state().file_name.c_str();

@@ -2,6 +2,8 @@
 // The debug log: plain lines for a maintainer, written to a file that opens at the first message.
 // Usable from any thread; the writer itself (zorn_signal_safe_logfile::write) is signal-safe.
 
+#include <string>
+
 // Category bits of zorn_client_debug_event. 256 is the chatty one, shown at level 3 only.
 enum : unsigned {
     zorn_cat_severe = 1,
@@ -57,6 +59,9 @@ void zorn_client_set_autoopen_debug_logfile_name(const char* file_name);
 void zorn_client_set_debug_logfile_name(const char* path);
 void zorn_client_try_open_debug_logfile();
 void zorn_client_debug_logfile_close();
+// The path the log is or would be written to, without opening it: the full name, else "/tmp/" and
+// the automatic name, else "" (standard output).
+std::string zorn_client_current_debug_logfile_name();
 // These two open the log first when it is not open yet.
 const char* zorn_client_get_debug_logfile_name();
 bool zorn_client_debug_logfile_open_failed();

@@ -27,3 +27,8 @@ private:
     std::string temporary;
     FILE* file = nullptr;
 };
+
+// Removes the temporary files that a process killed in the middle of a save left beside its
+// settings files ("NAME.cfg.XXXXXX"), when they are older than min_age_seconds: younger ones may
+// belong to a save under way in another client. Answers how many were removed.
+int zorn_remove_stale_replace_files(const char* directory, int min_age_seconds);

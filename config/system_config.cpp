@@ -160,11 +160,18 @@ bool LConfig::read_system_leaf(zorn_xml_reader& reader, const char* tag, zorn_fi
         reader.read_data(value, sizeof value);
         curr_config->set(value);
     } else if (word_equal(tag, "uuid")) {
-        // The identity goes to the server on every connect: only a clean value is taken.
-        if (reader.read_data(value, sizeof value)) {
-            safe_strcpy(uuid, value, uuid_read_length + 1);
-            ZORN_SETTINGS_LOG(3, "load_xml_system_config() - loaded uuid '%s'.\n", uuid);
+        // The raw text is taken even when the reader finds bytes outside 32 to 126 in it: the
+        // installation's identity must survive every restart, whatever the server gave it.
+        value[0] = '\0';
+        if (!reader.read_data(value, sizeof value)) {
+            // A failed value read leaves its closing tag unread: take it, or the list would end here.
+            char closing[zorn_xml_tag_size];
+            reader.read_block(closing, sizeof closing, 1);
+            reader.pop_stack_entry(closing);
+            zorn_xml_reader::compact_string(value);
         }
+        safe_strcpy(uuid, value, uuid_read_length + 1);
+        ZORN_SETTINGS_LOG(3, "load_xml_system_config() - loaded uuid '%s'.\n", uuid);
     } else if (word_equal(tag, "single_config")) {
         load_xml_single_system_config(reader, nullptr);
     } else if (word_equal(tag, "server_host") || word_equal(tag, "web_host")) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -62,4 +63,26 @@ TEST_F(ConfigDirectory, FallsThroughToHiddenDirectoryThenTmp) {
     EXPECT_EQ(std::string(zorn_client_config_directory()), "/tmp/" + base);
     EXPECT_TRUE(fs::is_directory("/tmp/" + base));
     fs::remove("/tmp/" + base);
+}
+
+// A kill in the middle of a save leaves "NAME.cfg.XXXXXX" beside the file it was replacing. Set-up
+// removes those older than a minute and nothing else: not a younger one, which may belong to a
+// save under way in a second client, and not the settings themselves.
+TEST_F(ConfigDirectory, SetUpRemovesOnlyStaleSaveLeftovers) {
+    const std::string dir = home + "/.config/EmberVale";
+    ASSERT_TRUE(fs::create_directories(dir + "/char_configs"));
+    const auto old_time = fs::file_time_type::clock::now() - std::chrono::minutes(5);
+    const std::string old_files[] = {dir + "/ember_vale.cfg.a1B2c3", dir + "/char_configs/Aria.cfg.Zz09yY"};
+    const std::string kept[] = {dir + "/ember_vale.cfg", dir + "/char_configs/Aria.cfg",
+                                dir + "/char_configs/Aria.cfg.fresh1", dir + "/notes.txt.a1B2c3",
+                                dir + "/char_configs/Aria.cfg.a1B2c", dir + "/char_configs/Aria.cfg.a1-2c3"};
+    for (const std::string& path : old_files) write_file(path, "<single_config>");
+    for (const std::string& path : kept) write_file(path, "<single_config>");
+    for (const std::string& path : old_files) fs::last_write_time(path, old_time);
+    for (const std::string& path : kept)
+        if (path.find("fresh") == std::string::npos) fs::last_write_time(path, old_time);
+
+    ASSERT_TRUE(zorn_client_set_up_config_directory("EmberVale"));
+    for (const std::string& path : old_files) EXPECT_FALSE(fs::exists(path)) << path;
+    for (const std::string& path : kept) EXPECT_TRUE(fs::exists(path)) << path;
 }

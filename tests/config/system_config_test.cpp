@@ -92,6 +92,26 @@ TEST_F(SystemConfig, IdentityFromTheServerSurvivesARestart) {
     EXPECT_TRUE(is_default_uuid(restarted.get_uuid()));
 }
 
+// The server may give any bytes. An identity with a byte outside 32 to 126 (here a tab, a Latin-1
+// letter and an escaped ampersand) is kept, first 32 characters, through restart after restart,
+// and the leaves behind it in the file are still read.
+TEST_F(SystemConfig, IdentityWithUnusualBytesSurvivesEveryRestart) {
+    config.load_system_config();
+    const std::string identity = "ab\tc\xe9d&e0123456789abcdef0123456789";
+    config.set_uuid(identity.c_str());
+    config.set_server_host("127.0.0.1:4000");
+    ASSERT_TRUE(config.save_system_config_file());
+    for (int start = 0; start < 3; ++start) {
+        LConfig restarted;
+        restart(&restarted);
+        EXPECT_EQ(std::string(restarted.get_uuid()), identity.substr(0, 32)) << "start " << start;
+        EXPECT_STREQ(restarted.get_game_host(), "127.0.0.1") << "start " << start;
+        EXPECT_EQ(restarted.get_game_port(), 4000);
+        EXPECT_EQ(restarted.get_uuid_create_time(), config.get_uuid_create_time());
+        ASSERT_TRUE(restarted.save_system_config_file());
+    }
+}
+
 TEST_F(SystemConfig, EverythingRoundTripsThroughTheFiles) {
     config.set_font_defaults("Mono 10", "Sans 7", 7);
     config.load_system_config();
