@@ -30,18 +30,19 @@ std::string to_utf8(const wxString& text) {
     return std::string(buffer.data(), buffer.length());
 }
 
-// The walking command of a keypad key, with NumLock on or off; null for other keys.
+// The walking command of a keypad key; null for other keys. Only the digit keys walk: with NumLock
+// off the keypad's Home, End, arrows and pages keep their editing meaning.
 const char* keypad_command(int code) {
     switch (code) {
-        case WXK_NUMPAD1: case WXK_NUMPAD_END: return "southwest";
-        case WXK_NUMPAD2: case WXK_NUMPAD_DOWN: return "south";
-        case WXK_NUMPAD3: case WXK_NUMPAD_PAGEDOWN: return "southeast";
-        case WXK_NUMPAD4: case WXK_NUMPAD_LEFT: return "west";
-        case WXK_NUMPAD5: case WXK_NUMPAD_BEGIN: return "scan -ln";
-        case WXK_NUMPAD6: case WXK_NUMPAD_RIGHT: return "east";
-        case WXK_NUMPAD7: case WXK_NUMPAD_HOME: return "northwest";
-        case WXK_NUMPAD8: case WXK_NUMPAD_UP: return "north";
-        case WXK_NUMPAD9: case WXK_NUMPAD_PAGEUP: return "northeast";
+        case WXK_NUMPAD1: return "southwest";
+        case WXK_NUMPAD2: return "south";
+        case WXK_NUMPAD3: return "southeast";
+        case WXK_NUMPAD4: return "west";
+        case WXK_NUMPAD5: return "scan -ln";
+        case WXK_NUMPAD6: return "east";
+        case WXK_NUMPAD7: return "northwest";
+        case WXK_NUMPAD8: return "north";
+        case WXK_NUMPAD9: return "northeast";
         case WXK_NUMPAD_ENTER: return "down";
         case WXK_NUMPAD_SUBTRACT: return "down";
         case WXK_NUMPAD_ADD: return "up";

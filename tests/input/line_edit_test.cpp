@@ -89,10 +89,11 @@ TEST_F(LineEdit, KeypadWalksOncePerPress) {
     EXPECT_EQ(link.commands.size(), 2u);
     key(WXK_NUMPAD8, 0, wxEVT_KEY_UP);
 
-    // Both the digit and the cursor form of a key walk.
+    // The digit keys walk; with NumLock off the keypad's cursor keys don't, and its Home and End
+    // move the insertion point as the plain ones do.
     const std::pair<int, const char*> table[] = {
-        {WXK_NUMPAD1, "southwest"}, {WXK_NUMPAD_DOWN, "south"}, {WXK_NUMPAD_BEGIN, "scan -ln"},
-        {WXK_NUMPAD_ENTER, "down"}, {WXK_NUMPAD_ADD, "up"},
+        {WXK_NUMPAD1, "southwest"}, {WXK_NUMPAD2, "south"}, {WXK_NUMPAD5, "scan -ln"}, {WXK_NUMPAD9, "northeast"},
+        {WXK_NUMPAD_ENTER, "down"}, {WXK_NUMPAD_SUBTRACT, "down"}, {WXK_NUMPAD_ADD, "up"},
     };
     link.commands.clear();
     for (const auto& [code, command] : table) {
@@ -101,6 +102,18 @@ TEST_F(LineEdit, KeypadWalksOncePerPress) {
         EXPECT_EQ(link.commands.back().first, command) << code;
     }
     EXPECT_EQ(link.commands.size(), std::size(table));
+    link.commands.clear();
+    for (int code : {WXK_NUMPAD_HOME, WXK_NUMPAD_END, WXK_NUMPAD_UP, WXK_NUMPAD_DOWN, WXK_NUMPAD_LEFT,
+                     WXK_NUMPAD_RIGHT, WXK_NUMPAD_PAGEUP, WXK_NUMPAD_PAGEDOWN, WXK_NUMPAD_BEGIN})
+        press(code);
+    EXPECT_TRUE(link.commands.empty());
+    edit->ChangeValue("look");
+    edit->SetInsertionPointEnd();
+    EXPECT_TRUE(press(WXK_NUMPAD_HOME));
+    EXPECT_EQ(edit->GetInsertionPoint(), 0);
+    EXPECT_TRUE(press(WXK_NUMPAD_END));
+    EXPECT_EQ(edit->GetInsertionPoint(), 4);
+    edit->ChangeValue("");
 
     // Shift, Ctrl or the setting switched off leave the keypad to the other tables.
     link.commands.clear();
