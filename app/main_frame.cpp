@@ -16,6 +16,7 @@
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "display/ansi_palette.h"
 #include "display/display_hooks.h"
 #include "app/clipboard.h"
 #include "input/embedded_window.h"
@@ -123,6 +124,8 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
     main_display->set_display_font(zorn_main_font());
     zorn_set_config_listener(this);
     connect_display_hooks();
+    // Text from the first byte on uses the record's palette.
+    zorn_select_palette(LConfig::instance().get_font_colors_setting());
 
     layout_panels();
     Refresh(false);

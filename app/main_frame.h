@@ -147,6 +147,10 @@ public:
     void beep() override;
     void end_block() override;
 
+    // A "Font Colors" choice: stores the setting, makes the palette current for text that follows
+    // and says so in the main display.
+    void choose_font_colors(int font_colors_setting);
+
     // zorn_config_listener (settings_link.cpp): what a setting does to the window.
     bool is_logged_in() override;
     void sync_menu_item(zorn_setting key, int value) override;

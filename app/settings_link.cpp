@@ -3,6 +3,7 @@
 #include "app/main_frame.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "display/ansi_palette.h"
 #include "input/input_window.h"
 #include "theme/font.h"
 
@@ -19,10 +20,23 @@ void apply_description(zorn_font* font, const char* description, int size) {
 
 }  // namespace
 
+void zorn_mw::choose_font_colors(int font_colors_setting) {
+    LConfig::instance().set_font_colors_setting(font_colors_setting);
+    zorn_select_palette(font_colors_setting);
+    begin_message();
+    for (const char* part : {"\n", "\n", "Future text will now use ", zorn_palette_name(font_colors_setting),
+                             " ansi colors.\n", "\n"})
+        print_message(part);
+    refresh_text();
+}
+
 bool zorn_mw::is_logged_in() { return session_state == session_logged_in; }
 
 // FIXME: the menu bar's check and radio items follow here once the menus exist.
-void zorn_mw::sync_menu_item(zorn_setting, int) {}
+// The palette follows its radio group, so applying a character's record selects its palette.
+void zorn_mw::sync_menu_item(zorn_setting key, int value) {
+    if (key == zorn_setting_font_colors_setting) zorn_select_palette(value);
+}
 void zorn_mw::sync_audio_menu_item(int) {}
 
 void zorn_mw::mark_client_status_dirty() { client_status_dirty = 1; }

@@ -269,6 +269,7 @@ int zorn_textctrl_model::scroll_limit() const {
 
 void zorn_textctrl_model::set_scroll_line(int line) {
     scroll_line = std::max(0, std::min(line, scroll_limit()));
+    if (view) view->request_repaint();
 }
 
 int zorn_textctrl_model::set_top_line(int line) {

@@ -65,6 +65,14 @@ char zorn_fold_byte(unsigned char byte);
 // The shared pool that all text controls take their text pages from.
 zorn_bulk_pool* zorn_textctrl_chunk_pool();
 
+// How the model reaches its widget: a change of the view position asks for one repaint. The
+// widget's repaint is an invalidation, so several changes within one event cost one paint.
+class zorn_textctrl_view_client {
+public:
+    virtual ~zorn_textctrl_view_client() = default;
+    virtual void request_repaint() = 0;
+};
+
 class zorn_textctrl_model {
 public:
     static constexpr int line_table_step = 65536;  // line_capacity grows by this, never doubles
@@ -91,7 +99,7 @@ public:
     void set_wrap(int value) { wrap_enabled = value; }
     void get_max_char_size(int* max_width, int* max_height) const;
 
-    // View.
+    // View. Both setters ask the view client for a repaint.
     int get_visible_line_count() const;
     void set_scroll_line(int line);
     int set_top_line(int line);
@@ -134,6 +142,9 @@ public:
     size_t memory_bytes() const;
 
     std::unique_lock<std::mutex> lock() { return std::unique_lock<std::mutex>(text_mutex); }
+
+    // The widget that shows this text; null in tests of the model alone.
+    zorn_textctrl_view_client* view = nullptr;
 
     // State that the widget and its owner read and set, as the fields of the text control.
     int last_width = -1;

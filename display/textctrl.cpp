@@ -30,6 +30,7 @@ wxEND_EVENT_TABLE()
 zorn_textctrl::zorn_textctrl(wxWindow* parent, wxWindowID id, const wxPoint& pos, const wxSize& size)
     : zorn_embedded_window(parent, id, pos, size, wxBORDER_NONE, wxT("text control")),
       model(std::max(1, GetSize().GetWidth()), std::max(1, GetSize().GetHeight())) {
+    model.view = this;
     set_font(zorn_main_font());
 }
 
@@ -55,17 +56,6 @@ void zorn_textctrl::relayout() {
 void zorn_textctrl::clear_text() {
     model.clear_text();
     Refresh(false);
-}
-
-void zorn_textctrl::set_scroll_line(int line) {
-    model.set_scroll_line(line);
-    Refresh(false);
-}
-
-int zorn_textctrl::set_top_line(int line) {
-    const int answer = model.set_top_line(line);
-    Refresh(false);
-    return answer;
 }
 
 void zorn_textctrl::resize_handler(bool) {

@@ -19,7 +19,7 @@ class wxMouseEvent;
 class zorn_ansi_display;
 class zorn_font;
 
-class zorn_textctrl : public zorn_embedded_window {
+class zorn_textctrl : public zorn_embedded_window, public zorn_textctrl_view_client {
 public:
     static constexpr zorn_rgb selection_background{64, 64, 64};
 
@@ -36,8 +36,10 @@ public:
     void get_max_char_size(int* width, int* height) const { model.get_max_char_size(width, height); }
 
     int get_visible_line_count() const { return model.get_visible_line_count(); }
-    void set_scroll_line(int line);
-    int set_top_line(int line);
+    void set_scroll_line(int line) { model.set_scroll_line(line); }
+    int set_top_line(int line) { return model.set_top_line(line); }
+    // The view moved: invalidate, and the next paint draws it.
+    void request_repaint() override { Refresh(false); }
     void get_scroll_info(int* position, int* range, int* page) const { model.get_scroll_info(position, range, page); }
     void clear_selection() { model.clear_selection(); }
     bool has_selection() const { return model.has_selection(); }
