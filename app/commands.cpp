@@ -181,7 +181,8 @@ void zorn_mw::debug_file_command(const char* argument) {
         refresh_text();
         return;
     }
-    const std::string old_name = zorn_client_debug_logfile_is_open() ? zorn_client_get_debug_logfile_name() : "";
+    // The old name counts whether or not anything has been logged yet: the automatic log is a name too.
+    const std::string old_name = zorn_client_current_debug_logfile_name();
     if (zorn_client_debug_logfile_is_open()) zorn_client_debug_logfile_close();
     zorn_client_set_debug_logfile_name(argument);
     zorn_client_try_open_debug_logfile();

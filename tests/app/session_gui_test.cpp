@@ -3,14 +3,19 @@
 // buffer.
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <string>
 
 #include "app/main_frame.h"
+#include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "tests/support/gui_main.h"
+#include "tests/support/log_capture.h"
 #include "theme/builtin_images.h"
 #include "theme/theme.h"
 
@@ -151,4 +156,49 @@ TEST_F(Session, ConnectToAClosedPortReportsAndStaysUsable) {
     frame->process_user_command("connect", 1);
     EXPECT_NE(shown().find("Unable to connect to server."), std::string::npos);
     EXPECT_NE(frame->socket.current_state(), socket_connected);
+}
+
+TEST_F(Session, UnknownTagIsOneLogLine) {
+    log_capture log(2);
+    server(";snosuchtag;payload;enosuchtag;");
+    EXPECT_EQ(log.text(), "Warning in zorn_mw::process_tagged_data(), no handler for tag 'nosuchtag'.\n");
+}
+
+// Every branch of //debugfile, through the command line as the player types it. The log is the
+// process's own, so the test leaves it closed and nameless as it found it.
+TEST_F(Session, DebugFileCommandKeepsALogWheneverItCan) {
+    if (zorn_client_debug_logfile_is_open()) zorn_client_debug_logfile_close();
+    const auto said = [&](const std::string& text) { return shown().find(text) != std::string::npos; };
+    const std::string bad_path = dir + "/no/such/dir/log.txt";
+
+    // Nothing logged yet: the automatic name is the old one, and it takes over again.
+    const std::string automatic = "lantern-session-test-" + std::to_string(getpid()) + ".txt";
+    zorn_client_set_autoopen_debug_logfile_name(automatic.c_str());
+    frame->process_user_command(("//debugfile " + bad_path).c_str(), 0);
+    EXPECT_TRUE(said("Unable to open new logfile, old logfile not changed.\n")) << shown();
+    EXPECT_TRUE(zorn_client_debug_logfile_is_open());
+    EXPECT_EQ(std::string(zorn_client_get_debug_logfile_name()), "/tmp/" + automatic);
+    unlink(("/tmp/" + automatic).c_str());
+
+    frame->process_user_command("//debugfile", 0);
+    EXPECT_TRUE(said("The current debug filename is:  /tmp/" + automatic + "\n"));
+    EXPECT_TRUE(said("\nYou must give a filename to change the debug file.\n"));
+
+    const std::string moved = dir + "/sub/log.txt";
+    ASSERT_EQ(mkdir((dir + "/sub").c_str(), 0700), 0);
+    frame->process_user_command(("//debugfile " + moved).c_str(), 0);
+    EXPECT_TRUE(said("\nDebug logfile changed.\n"));
+    EXPECT_EQ(std::string(zorn_client_get_debug_logfile_name()), moved);
+
+    // The old file's folder is gone: neither name opens.
+    std::system(("rm -rf '" + dir + "/sub'").c_str());
+    frame->process_user_command(("//debugfile " + bad_path).c_str(), 0);
+    EXPECT_TRUE(said("\nUnable to open new logfile, and could not re-open old logfile.  No logfile currently set.\n"));
+    EXPECT_FALSE(zorn_client_debug_logfile_is_open());
+
+    // No name at all (the log would go to standard output): nothing to go back to.
+    zorn_client_set_debug_logfile_name(nullptr);
+    frame->process_user_command(("//debugfile " + bad_path).c_str(), 0);
+    EXPECT_TRUE(said("\nUnable to open logfile.  Please try again with a different name/path.\n"));
+    zorn_client_set_debug_logfile_name(nullptr);
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/log_capture.h"
+
 namespace {
 
 // Records what the parser hands on; adjacent text runs are merged, since block cuts move run edges.
@@ -121,7 +123,13 @@ TEST(StreamParser, TagNameLimits) {
 
         sink.events.clear();
         const std::string name64(64, 'm');
+        log_capture log(2);
         feed_all(parser, ";" + std::string(kind) + name64 + ";after");
+        const char* form = std::string(kind) == "s" ? "lns" : "lnt";
+        EXPECT_NE(log.text().find("Warning in zorn_mw::process_socket_data(), " + std::string(form) + " tag '" + name64 +
+                                  "' too long?\n"),
+                  std::string::npos)
+            << log.text();
         // The name is dropped at its 64th byte; the semicolon after it is then a stray one.
         EXPECT_EQ(sink.events, std::vector<std::string>{"text ;after"}) << kind;
         EXPECT_EQ(parser.state(), zorn_stream_parser::plain_text);
@@ -175,7 +183,10 @@ TEST(OutgoingBuffer, LinesQueueAndAFullBufferLosesTheTail) {
     const std::string nearly(zorn_outgoing_buffer::capacity - 3, 'x');
     out.send_line(nearly.c_str());
     EXPECT_EQ(out.count(), zorn_outgoing_buffer::capacity - 2);
+    log_capture log(2);
     out.send_line("abc");  // "ab" fills the buffer; the line feed is lost
+    EXPECT_EQ(log.text(), "Error in append_outgoing_string() - not enough space in outgoing buffer?\n"
+                          "Error in append_outgoing_string() - not enough space in outgoing buffer?\n");
     EXPECT_EQ(out.count(), zorn_outgoing_buffer::capacity);
     EXPECT_EQ(std::string(out.bytes() + out.count() - 2, 2), "ab");
     out.send_line("lost");
