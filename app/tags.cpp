@@ -8,6 +8,7 @@
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "panels/channel_window.h"
 
 namespace {
 
@@ -37,6 +38,14 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
         undivert_text();
     } else if (std::strcmp(name, "unappend") == 0) {
         unappend_text();
+    } else if (std::strcmp(name, "chdiv") == 0) {
+        channel_window->set_divert_channel(payload);
+        channel_divert_active = 1;
+    } else if (std::strcmp(name, "chudiv") == 0) {
+        channel_window->clear_divert_channel();
+        channel_divert_active = 0;
+    } else if (std::strcmp(name, "window_create") == 0) {
+        popup_manager->create_window(payload);
     } else if (std::strcmp(name, "config") == 0) {
         config_cmd_process(payload);
     } else if (std::strcmp(name, "sound") == 0) {
@@ -44,7 +53,7 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
         if (LConfig::instance().get_system_audio()) no_handler(name);
     } else {
         // FIXME: map, walkfail, dirs, areaname, combat, ncombat, enemyhp, group, xpp, hp, bclear,
-        // window_create, chdiv, chudiv, skystate, icons, and the numbered button tags "bf<n>" and
+        // skystate, icons, and the numbered button tags "bf<n>" and
         // "b<n>" (tested last, so "bclear" never reaches them) join with their panels.
         no_handler(name);
     }
@@ -87,8 +96,16 @@ void zorn_mw::tag_event(const char* payload) {
     }
 }
 
-// FIXME: the popup manager's find_display; until popup windows exist no name is found.
-void zorn_mw::divert_text(const char* /*name*/, bool /*clear*/) {
+// "divert" replaces a popup window's text with what follows, "append" adds to it.
+void zorn_mw::divert_text(const char* name, bool clear) {
+    if (zorn_ansi_display* display = popup_manager->find_display(name)) {
+        text_target = display;
+        if (clear) {
+            display->suspend_updates();
+            display->clear_display();
+        }
+        return;
+    }
     text_target = main_display;
     main_display->reset_colors();
     print_message("\n");
