@@ -294,7 +294,7 @@ void zorn_channel_window::set_all_fonts(zorn_font* font) {
 
 zorn_ansi_display* zorn_channel_window::shown_display() const {
     zorn_channel_record* current = channels.current_channel;
-    if (!current) return blank_display;
+    if (!current || current->page != channels.page) return blank_display;
     return current->display;
 }
 
