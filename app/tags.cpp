@@ -143,10 +143,13 @@ void zorn_mw::set_hit_points(const char* payload) { status_display->store_hit_po
 
 void zorn_mw::set_enemy(const char* payload) {
     const LConfig& c = LConfig::instance();
+    // "ncombat" comes often with nothing to clear; only a real change is drawn.
+    const bool had_enemy =
+        status_display->enemy_percent != -1 || std::strcmp(status_display->enemy_name.c_str(), zorn_no_enemy_name) != 0;
     switch (status_display->store_enemy(payload ? payload : "")) {
         case zorn_enemy_update::cleared:
             if (c.get_enemy_hpbar_enable()) {
-                status_display->Refresh(false);
+                if (had_enemy) status_display->Refresh(false);
             } else if (status_display->show_enemy_bar) {
                 status_display->set_flags(status_display->show_hp_bars, status_display->show_exp_bar, 0);
             }
