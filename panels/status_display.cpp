@@ -15,18 +15,6 @@ constexpr zorn_rgb mana_dark{0, 64, 160}, mana_bright{64, 96, 255};
 constexpr zorn_rgb move_dark{160, 160, 0}, move_bright{255, 255, 64};
 constexpr zorn_rgb enemy_dark{128, 64, 32}, enemy_bright{255, 128, 64};
 
-int text_width(const char* text) {
-    int width = 0, height = 0;
-    zorn_status_font()->measure_text(text, &width, &height);
-    return width;
-}
-
-int text_height() {
-    int width = 0, height = 0;
-    zorn_status_font()->measure_text("0000", &width, &height);
-    return height;
-}
-
 // Scale marks every 100 points of a maximum above 100: kept points marked above and below the
 // bar, missing ones across its middle. At most one mark per pixel of the bar, so a huge maximum
 // can't stall the paint.
@@ -51,6 +39,18 @@ bool inside(int px, int py, int x, int y, int width, int height) {
 }
 
 }  // namespace
+
+int zorn_status_text_width(const char* text) {
+    int width = 0, height = 0;
+    zorn_status_font()->measure_text(text, &width, &height);
+    return width;
+}
+
+int zorn_status_text_height() {
+    int width = 0, height = 0;
+    zorn_status_font()->measure_text("0000", &width, &height);
+    return height;
+}
 
 void zorn_draw_gauge(zorn_bitmap& b, int x, int y, int width, int height, int fill, const zorn_rgb& dark,
                      const zorn_rgb& bright) {
@@ -116,7 +116,7 @@ void zorn_status_display::resize_handler(bool size_changed) {
     flags.exp_bar = show_exp_bar;
     flags.enemy_bar = show_enemy_bar;
     const zorn_status_display_layout placed =
-        compute_status_display_layout(w - sides_x, h - sides_y, flags, text_width, text_height());
+        compute_status_display_layout(w - sides_x, h - sides_y, flags, zorn_status_text_width, zorn_status_text_height());
     zorn_status_display_layout& mine = *this;
     const bool moved = std::memcmp(&placed, &mine, sizeof placed) != 0;
     mine = placed;

@@ -74,7 +74,11 @@ private:
     wxDECLARE_EVENT_TABLE();
 };
 
-// A gauge of the status and group displays: frame lines at both ends and across the middle, and
-// a fill from the left with bright top and bottom rows.
+// Width of a text in the status font, and the font's text height: what the layouts measure.
+int zorn_status_text_width(const char* text);
+int zorn_status_text_height();
+
+// A gauge: frame lines at both ends and across the middle, and a fill from the left with bright
+// top and bottom rows.
 void zorn_draw_gauge(zorn_bitmap& bitmap, int x, int y, int width, int height, int fill, const zorn_rgb& dark,
                      const zorn_rgb& bright);

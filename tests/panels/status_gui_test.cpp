@@ -26,22 +26,10 @@ constexpr zorn_rgb mana_dark{0, 64, 160}, mana_bright{64, 96, 255};
 constexpr zorn_rgb move_dark{160, 160, 0}, move_bright{255, 255, 64};
 constexpr zorn_rgb enemy_dark{128, 64, 32}, enemy_bright{255, 128, 64};
 
-int status_text_width(const char* text) {
-    int width = 0, height = 0;
-    zorn_status_font()->measure_text(text, &width, &height);
-    return width;
-}
-
-int status_text_height() {
-    int width = 0, height = 0;
-    zorn_status_font()->measure_text("0000", &width, &height);
-    return height;
-}
-
 // The narrowest width (frame included) that gives the level with the status font.
 int narrowest_width(int level, const zorn_status_flags& flags, int height) {
     for (int w = 40; w < 2000; ++w)
-        if (compute_status_display_layout(w - 2, height - 2, flags, status_text_width, status_text_height())
+        if (compute_status_display_layout(w - 2, height - 2, flags, zorn_status_text_width, zorn_status_text_height())
                 .compact_level == level)
             return w;
     return -1;
@@ -156,7 +144,7 @@ protected:
         // The name beside the gauge, at every level.
         const int name_x = d->hp_x + d->bar_width + 1;
         const int end_x = (d->exp_x > name_x ? d->exp_x : name_x + 60) - 1;
-        EXPECT_GT(lit_pixels(b, name_x, d->enemy_text_y, end_x, d->enemy_text_y + status_text_height() - 1), 20);
+        EXPECT_GT(lit_pixels(b, name_x, d->enemy_text_y, end_x, d->enemy_text_y + zorn_status_text_height() - 1), 20);
     }
 
     wxFrame* frame = nullptr;
@@ -187,7 +175,7 @@ TEST_F(Panels, StatusDisplayAtEveryCompactLevelWithAndWithoutTheEnemyRow) {
             zorn_bitmap& b = *d->backing_bitmap;
             // The hp text stands right of its gauge, except at level 3.
             const int text_x = d->hp_x + d->bar_width + 1;
-            const int texts = lit_pixels(b, text_x, d->text_y, d->mana_x - 3, d->text_y + status_text_height() - 1);
+            const int texts = lit_pixels(b, text_x, d->text_y, d->mana_x - 3, d->text_y + zorn_status_text_height() - 1);
             if (level < 3)
                 EXPECT_GT(texts, 20);
             else
