@@ -21,6 +21,8 @@
 #include "app/clipboard.h"
 #include "input/embedded_window.h"
 #include "input/input_window.h"
+#include "panels/status_bar.h"
+#include "panels/status_display.h"
 #include "theme/builtin_images.h"
 #include "theme/font.h"
 #include "theme/theme.h"
@@ -92,6 +94,8 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
       text_target(nullptr),
       saved_scroll_position(0),
       input_window(nullptr),
+      status_display(nullptr),
+      status_bar(nullptr),
       tick_timer(this, zorn_tick_timer_id),
       ping_timer(this, zorn_ping_timer_id),
       autosave_timer(this, zorn_autosave_timer_id),
@@ -117,6 +121,10 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
                                          wxT("main input window"));
     main_display = new zorn_main_window(this, wxID_ANY);
     text_target = main_display;
+    // Both strips stay hidden until a login shows them by the settings.
+    status_display = new zorn_status_display(this, wxID_ANY);
+    status_display->Show(false);
+    status_bar = new zorn_status_bar(this, wxID_ANY);
 
     SetBackgroundColour(*wxBLACK);
     input_window->line_edit.set_line_font();
@@ -139,6 +147,9 @@ void zorn_mw::connect_display_hooks() {
     hooks.set_clipboard_data = [](const char* text) { set_clipboard_data(wxString::FromUTF8(text ? text : "")); };
     hooks.open_url = [](const char* url) {
         if (zorn_mw* frame = zorn_main_frame()) frame->open_url(url);
+    };
+    hooks.repaint_status_bar = [] {
+        if (zorn_mw* frame = zorn_main_frame()) frame->status_bar->Refresh(false);
     };
     hooks.session_logged_in = [] {
         const zorn_mw* frame = zorn_main_frame();
@@ -225,7 +236,7 @@ void zorn_mw::OnResize(wxSizeEvent&) {
     Refresh(false);
 }
 
-// FIXME: the other panels are placed here as they join; the input window already is.
+// FIXME: the other panels are placed here as they join: button rows, group display, automap, channel window.
 void zorn_mw::layout_panels() {
     update_background(false);
     wxSize size = GetClientSize();
@@ -254,6 +265,13 @@ void zorn_mw::layout_panels() {
     s.channel_window_height = c.get_channel_window_height();
     in.logged_in = session_state == session_logged_in;
     const layout_result placed = compute_layout(in);
+    const layout_rect& bar = placed.status_bar;
+    if (bar.placed) status_bar->set_size(bar.x, bar.y, bar.width, bar.height);
+    // The status display's own size decides its gauges; the frame only places it.
+    status_display->border_mask = zorn_border_all;
+    status_display->set_flags(s.hpbar_enable, s.exp_display, s.enemy_hpbar_enable);
+    const layout_rect& status = placed.status_display;
+    if (status.placed) status_display->set_size(status.x, status.y, status.width, status.height);
     const layout_rect& r = placed.input_window;
     input_window->set_size(r.x, r.y, r.width, r.height);
     const layout_rect& m = placed.main_display;
@@ -281,18 +299,21 @@ void zorn_mw::refresh_main_font() {
     Refresh(false);
 }
 
-// FIXME: the button rows, status panels, group display and automap take the font here as they join.
+// FIXME: the button rows, group display and automap take the font here as they join.
 void zorn_mw::refresh_button_font() {
+    status_display->force_resize();
+    status_bar->force_resize();
     zorn_font* font = zorn_button_font();
     LConfig::instance().store_button_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
     layout_panels();
     Refresh(false);
 }
 
-// FIXME: the button groups, popup manager, automap, status display and channel window are told
-// here as they join.
+// FIXME: the button groups, popup manager, automap and channel window are told here as they join.
 void zorn_mw::refresh_themes(bool force) {
     switch_themes();
+    status_display->Refresh(false);
+    status_bar->Refresh(false);
     if (force) update_background(true);
     layout_panels();
     Refresh(false);

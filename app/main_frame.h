@@ -27,6 +27,8 @@ class wxMouseEvent;
 class zorn_input_window;
 class zorn_main_window;
 class zorn_ansi_display;
+class zorn_status_display;
+class zorn_status_bar;
 
 // How far the player is; says nothing of the socket.
 enum : int {
@@ -110,6 +112,10 @@ public:
     void send_client_status();
     // The lag meter's send step: "lnping" while logged in.
     void send_ping();
+    // The status display's tags: "hp", "enemyhp" (and the enemy half of "ncombat"), "xpp".
+    void set_hit_points(const char* payload);
+    void set_enemy(const char* payload);
+    void set_experience(const char* payload);
 
     // ---- Client commands (commands.cpp) ----
     void config_cmd_process(const char* text);
@@ -189,6 +195,8 @@ public:
     zorn_ansi_display* text_target;
     int saved_scroll_position;
     zorn_input_window* input_window;
+    zorn_status_display* status_display;
+    zorn_status_bar* status_bar;
     wxTimer tick_timer;
     wxTimer ping_timer;
     wxTimer autosave_timer;
