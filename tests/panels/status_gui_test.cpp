@@ -466,8 +466,9 @@ TEST_F(Panels, SkyPicturesThroughTheDay) {
             EXPECT_EQ(count_color(b, zorn_black), (w - 2) * h);
             EXPECT_EQ(count_color(b, zorn_rgb(160, 160, 160)), 2 * h);
         }
-        if (std::string(s.name) == "overcast dawn")
+        if (std::string(s.name) == "overcast dawn") {
             EXPECT_EQ(sky->GetToolTipText(), wxT("It is cloudy and overcast."));
+        }
         pump_for(20);
         all.Paste(screen_image(sky), 0, h * row++);
     }

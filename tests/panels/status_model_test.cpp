@@ -235,9 +235,13 @@ TEST(status_model, sky_daylight_glow_and_bodies) {
         SCOPED_TRACE(c.where);
         int g = -7;
         EXPECT_EQ(sky_dawn_glow(c.number(1), &g), c.str(2) != "-");
-        if (c.str(2) != "-") EXPECT_EQ(g, c.number(2));
+        if (c.str(2) != "-") {
+            EXPECT_EQ(g, c.number(2));
+        }
         EXPECT_EQ(sky_dusk_glow(c.number(1), &g), c.str(3) != "-");
-        if (c.str(3) != "-") EXPECT_EQ(g, c.number(3));
+        if (c.str(3) != "-") {
+            EXPECT_EQ(g, c.number(3));
+        }
     }
     for (const case_row& c : read_cases("panels/status_cases.txt", "body")) {
         SCOPED_TRACE(c.where);
