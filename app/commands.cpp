@@ -11,6 +11,7 @@
 #include "panels/channel_window.h"
 #include "display/ansi_palette.h"
 #include "input/input_window.h"
+#include "panels/status_display.h"
 
 namespace {
 
@@ -225,7 +226,10 @@ void zorn_mw::config_cmd_process(const char* text) {
             break;  // FIXME: the automap flashes its border once it exists
         case config_panel::hint_buttons: c.set_hint_button_enable(on); break;
         case config_panel::fkey_buttons: c.set_fkey_button_display(on); break;
-        case config_panel::status_bar: c.set_hpbar_enable(on); break;
+        case config_panel::status_bar:
+            c.set_hpbar_enable(on);
+            if (action == config_action::flash) status_display->start_flash();
+            break;
         case config_panel::popup_buttons:
             c.set_popup_display(on);
             if (action == config_action::flash) popup_manager->flash_buttons();

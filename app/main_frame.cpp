@@ -23,6 +23,8 @@
 #include "input/embedded_window.h"
 #include "input/input_window.h"
 #include "panels/channel_window.h"
+#include "panels/status_bar.h"
+#include "panels/status_display.h"
 #include "theme/builtin_images.h"
 #include "theme/font.h"
 #include "theme/theme.h"
@@ -101,6 +103,8 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
       channel_window(nullptr),
       popups_menu(nullptr),
       popup_count(0),
+      status_display(nullptr),
+      status_bar(nullptr),
       tick_timer(this, zorn_tick_timer_id),
       ping_timer(this, zorn_ping_timer_id),
       autosave_timer(this, zorn_autosave_timer_id),
@@ -129,6 +133,10 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
     popup_manager = new zorn_popup_manager(this, this);
     channel_window = new zorn_channel_window(this);
     build_menu_bar();
+    // Both strips stay hidden until a login shows them by the settings.
+    status_display = new zorn_status_display(this, wxID_ANY);
+    status_display->Show(false);
+    status_bar = new zorn_status_bar(this, wxID_ANY);
 
     SetBackgroundColour(*wxBLACK);
     input_window->line_edit.set_line_font();
@@ -151,6 +159,9 @@ void zorn_mw::connect_display_hooks() {
     hooks.set_clipboard_data = [](const char* text) { set_clipboard_data(wxString::FromUTF8(text ? text : "")); };
     hooks.open_url = [](const char* url) {
         if (zorn_mw* frame = zorn_main_frame()) frame->open_url(url);
+    };
+    hooks.repaint_status_bar = [] {
+        if (zorn_mw* frame = zorn_main_frame()) frame->status_bar->Refresh(false);
     };
     hooks.session_logged_in = [] {
         const zorn_mw* frame = zorn_main_frame();
@@ -243,7 +254,7 @@ void zorn_mw::OnResize(wxSizeEvent&) {
     Refresh(false);
 }
 
-// FIXME: the other panels are placed here as they join; the input window already is.
+// FIXME: the other panels are placed here as they join: button rows, group display, automap, channel window.
 void zorn_mw::layout_panels() {
     update_background(false);
     wxSize size = GetClientSize();
@@ -272,6 +283,13 @@ void zorn_mw::layout_panels() {
     s.channel_window_height = c.get_channel_window_height();
     in.logged_in = session_state == session_logged_in;
     const layout_result placed = compute_layout(in);
+    const layout_rect& bar = placed.status_bar;
+    if (bar.placed) status_bar->set_size(bar.x, bar.y, bar.width, bar.height);
+    // The status display's own size decides its gauges; the frame only places it.
+    status_display->border_mask = zorn_border_all;
+    status_display->set_flags(s.hpbar_enable, s.exp_display, s.enemy_hpbar_enable);
+    const layout_rect& status = placed.status_display;
+    if (status.placed) status_display->set_size(status.x, status.y, status.width, status.height);
     const layout_rect& r = placed.input_window;
     input_window->set_size(r.x, r.y, r.width, r.height);
     const layout_rect& m = placed.main_display;
@@ -306,8 +324,10 @@ void zorn_mw::refresh_main_font() {
     Refresh(false);
 }
 
-// FIXME: the button rows, status panels, group display and automap take the font here as they join.
+// FIXME: the button rows, group display and automap take the font here as they join.
 void zorn_mw::refresh_button_font() {
+    status_display->force_resize();
+    status_bar->force_resize();
     zorn_font* font = zorn_button_font();
     channel_window->change_theme();
     channel_window->layout();
@@ -317,12 +337,13 @@ void zorn_mw::refresh_button_font() {
     Refresh(false);
 }
 
-// FIXME: the button groups, automap and status display are told
-// here as they join.
+// FIXME: the button groups and automap are told here as they join.
 void zorn_mw::refresh_themes(bool force) {
     switch_themes();
     popup_manager->change_theme();
     channel_window->change_theme();
+    status_display->Refresh(false);
+    status_bar->Refresh(false);
     if (force) update_background(true);
     layout_panels();
     Refresh(false);

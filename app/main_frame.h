@@ -31,6 +31,8 @@ class zorn_ansi_display;
 class zorn_channel_window;
 class wxMenu;
 class wxCommandEvent;
+class zorn_status_display;
+class zorn_status_bar;
 
 // How far the player is; says nothing of the socket.
 enum : int {
@@ -136,6 +138,10 @@ public:
     void send_client_status();
     // The lag meter's send step: "lnping" while logged in.
     void send_ping();
+    // The status display's tags: "hp", "enemyhp" (and the enemy half of "ncombat"), "xpp".
+    void set_hit_points(const char* payload);
+    void set_enemy(const char* payload);
+    void set_experience(const char* payload);
 
     // ---- Client commands (commands.cpp) ----
     void config_cmd_process(const char* text);
@@ -220,6 +226,8 @@ public:
     wxMenu* popups_menu;
     // Items in the "&Popups" menu.
     int popup_count;
+    zorn_status_display* status_display;
+    zorn_status_bar* status_bar;
     wxTimer tick_timer;
     wxTimer ping_timer;
     wxTimer autosave_timer;

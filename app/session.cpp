@@ -12,6 +12,8 @@
 #include "display/ansi_palette.h"
 #include "input/input_window.h"
 #include "panels/channel_window.h"
+#include "panels/status_bar.h"
+#include "panels/status_display.h"
 
 namespace {
 
@@ -64,7 +66,7 @@ void zorn_mw::socket_connect(int port) {
 }
 
 // FIXME: the panels of later subsystems are reset here as they join: automap visibility, function
-// keys, status bar and display, group display, direction and hint buttons, automap.
+// keys, group display, direction and hint buttons, automap.
 void zorn_mw::socket_disconnect(const char* reason) {
     socket.close();
     parser.set_state(zorn_stream_parser::plain_text);
@@ -73,6 +75,8 @@ void zorn_mw::socket_disconnect(const char* reason) {
     select_history_list(0);
     session_state = session_none;
     SetTitle(wxString::FromUTF8(zorn_frame_title));
+    status_bar->reset();
+    status_display->reset();
 
     main_display->reset_colors();
     for (const char* part : {"\n", "\n", reason, "\n", "\n", "To log in again, type '"}) print_message(part);

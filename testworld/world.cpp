@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <cstdlib>
 
 #include "testworld/wire.h"
@@ -41,18 +42,27 @@ constexpr int popups_limit = 40;
 constexpr const char* default_flash = "000000 B00000 4 000000 30";
 constexpr const char* default_config = "automap flash";
 
-// The grid, row by row from the north; y grows to the south.
+// The grid, row by row from the north; y grows to the south. The sky: "110" outdoors and clear,
+// "111" outdoors and overcast, "010" indoors with a view of the sky, "000" no sky at all.
 const room room_table[] = {
-    {"Old Watchtower", "A ruined tower leans over the north-west corner of the village.", 0, 0},
-    {"North Road", "The road runs north out of the village between two stone walls.", 1, 0},
-    {"Orchard", "Apple trees stand in crooked rows, heavy with fruit.", 2, 0},
-    {"Smithy", "Heat rolls from the forge; a hammer rings somewhere behind it.", 0, 1},
-    {"Village Square", "Lanterns hang on ropes across the square around an old well.", 1, 1},
-    {"Market Row", "Empty stalls line the street; the traders are long gone home.", 2, 1},
-    {"Mill Pond", "Reeds grow thick around a still pond by the silent mill.", 0, 2},
-    {"South Gate", "A wooden gate closes the village to the south.", 1, 2},
-    {"Chapel Garden", "Moss covers the stones of a small walled garden.", 2, 2},
+    {"Old Watchtower", "A ruined tower leans over the north-west corner of the village; the sky shows through its "
+                       "broken roof.", 0, 0, "010", 4},
+    {"North Road", "The road runs north out of the village between two stone walls.", 1, 0, "110", 2},
+    {"Orchard", "Apple trees stand in crooked rows, heavy with fruit.", 2, 0, "110", 3},
+    {"Smithy", "Heat rolls from the forge; a hammer rings somewhere behind it.", 0, 1, "000", 1},
+    {"Village Square", "Lanterns hang on ropes across the square around an old well.", 1, 1, "110", 1},
+    {"Market Row", "Empty stalls line the street under a low grey sky.", 2, 1, "111", 1},
+    {"Mill Pond", "Reeds grow thick around a still pond by the silent mill.", 0, 2, "110", 5},
+    {"South Gate", "A wooden gate closes the village to the south.", 1, 2, "110", 2},
+    {"Chapel Garden", "Moss covers the stones of a small walled garden; clouds hang over it.", 2, 2, "111", 3},
 };
+
+constexpr const char* dummy_name = "the training dummy";
+constexpr int dummy_blow = 20;     // percent of the dummy's health each round
+constexpr int dummy_damage = 2;    // hit points it takes from the player each round
+constexpr int kill_experience = 150;
+// A second, smaller experience value, drawn over the first in the client's bar.
+constexpr int bonus_experience = 120;
 
 const std::vector<direction> direction_table = {
     {"north", "n", 0, -1, 1},
@@ -107,6 +117,12 @@ const command_row command_table[] = {
     {"gossip", nullptr, &session::command_gossip},
     {"ooc", nullptr, &session::command_ooc},
     {"popups", nullptr, &session::command_popups},
+    {"kill", "k", &session::command_kill},
+    {"time", nullptr, &session::command_time},
+    {"sleep", nullptr, &session::command_sleep},
+    {"wake", nullptr, &session::command_wake},
+    {"wield", nullptr, &session::command_wield},
+    {"remove", nullptr, &session::command_remove},
 };
 
 std::string window_create(const popup_row& row) {
@@ -128,6 +144,14 @@ std::string diverted(const char* start, const char* end, const std::string& wind
 }  // namespace
 
 const std::vector<direction>& directions() { return direction_table; }
+
+std::string clock_text(int minute) {
+    const int hour = minute / 60 % 24;
+    const int twelve = hour % 12 == 0 ? 12 : hour % 12;
+    char text[16];
+    std::snprintf(text, sizeof text, "%d:%02d %s", twelve, minute % 60, hour < 12 ? "am" : "pm");
+    return text;
+}
 
 std::string exits_code(int mask) {
     std::string code;
@@ -218,7 +242,12 @@ std::string session::take_output() {
 
 void session::send_text(const std::string& text) { output += escape_text(text); }
 
-void session::prompt() { output += "\r\n> "; }
+// Every prompt carries the character's numbers, as the game does.
+void session::prompt() {
+    output += tag("hp", std::to_string(hp) + " " + std::to_string(max_hp) + " " + std::to_string(mana) + " " +
+                            std::to_string(max_mana) + " " + std::to_string(move) + " " + std::to_string(max_move));
+    output += "\r\n> ";
+}
 
 void session::handle_line(const std::string& raw_line) {
     std::string line = raw_line;
@@ -290,6 +319,8 @@ void session::handle_password(const std::string& line) {
     output += tag("login", name);
     output += tag("areaname", "Ember Vale");
     for (const popup_row& row : popup_table) output += window_create(row);
+    send_icons();
+    output += tag("xpp", std::to_string(experience));
     output += "Welcome, " + colored(name, sgr_yellow, true) + ".\r\n\r\n";
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " arrives.\r\n");
     command_look("");
@@ -328,6 +359,7 @@ void session::handle_command(const std::string& line) {
 void session::command_look(const std::string& /*arguments*/) {
     const int mask = game->exits_mask(*where);
     output += tag("dirs", "on " + exits_code(mask));
+    send_sky(game_clock::now());
     output += colored(where->name, sgr_white, true) + "\r\n";
     send_text(std::string(where->description) + "\r\n");
     std::vector<std::string> exits;
@@ -346,7 +378,13 @@ void session::walk(const direction& way) {
         prompt();
         return;
     }
+    if (asleep) {
+        send_text("You are asleep.\r\n");
+        prompt();
+        return;
+    }
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " leaves " + way.name + ".\r\n");
+    if (move > 0) move--;
     where = target;
     game->move(session_id, where);
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " arrives.\r\n");
@@ -387,7 +425,8 @@ void session::command_help(const std::string& /*arguments*/) {
     send_text("Client tests: inventory (i), score and spells fill popup windows, note <text> adds to the log "
               "window, popup <name> writes into any window, popups <n> defines n more windows, gossip <text> and "
               "ooc <text> talk on the channels, flash [colours] flashes the text, config [words] switches a panel "
-              "(default: automap flash).\r\n");
+              "(default: automap flash), kill (k) fights the training dummy, time <minute> sets the clock, sleep, "
+              "wake, wield, remove.\r\n");
     prompt();
 }
 
@@ -490,6 +529,133 @@ void session::command_flash(const std::string& arguments) {
 void session::command_config(const std::string& arguments) {
     output += tag("config", arguments.empty() ? default_config : sanitize_player_text(arguments));
     prompt();
+}
+
+void session::command_kill(const std::string& /*arguments*/) {
+    if (fighting()) {
+        send_text("You are already fighting!\r\n");
+    } else if (asleep) {
+        send_text("You dream of battle.\r\n");
+    } else {
+        dummy_health = 100;
+        next_round = game_clock::now() + round_interval;
+        output += single_tag("combat");
+        output += tag("enemyhp", "100 " + std::string(dummy_name));
+        send_text("You attack " + std::string(dummy_name) + "!\r\n");
+    }
+    prompt();
+}
+
+void session::fight_round() {
+    dummy_health -= dummy_blow;
+    hp = hp > dummy_damage ? hp - dummy_damage : 1;
+    output += "\r\n";
+    if (dummy_health > 0) {
+        output += tag("enemyhp", std::to_string(dummy_health) + " " + dummy_name);
+        send_text("You hit " + std::string(dummy_name) + ". It creaks and swings back at you.\r\n");
+    } else {
+        dummy_health = 0;
+        experience = std::min(experience + kill_experience, 1000);
+        output += single_tag("ncombat");
+        output += tag("xpp", std::to_string(experience) + " " + std::to_string(bonus_experience));
+        send_text("The training dummy falls apart! You feel more experienced.\r\n");
+    }
+    prompt();
+}
+
+void session::command_time(const std::string& arguments) {
+    char* end = nullptr;
+    const long minute = std::strtol(arguments.c_str(), &end, 10);
+    if (arguments.empty() || *end || minute < 0 || minute >= 1440) {
+        send_text("The time of day runs from minute 0 to 1439.\r\n");
+        prompt();
+        return;
+    }
+    const game_clock::time_point now = game_clock::now();
+    clock_minute = static_cast<int>(minute);
+    clock_start = now;
+    send_sky(now);
+    send_text("The time is now " + clock_text(clock_minute) + ".\r\n");
+    prompt();
+}
+
+void session::command_sleep(const std::string& /*arguments*/) {
+    if (asleep) {
+        send_text("You are already asleep.\r\n");
+    } else {
+        asleep = true;
+        send_icons();
+        send_text("You lie down and fall asleep.\r\n");
+    }
+    prompt();
+}
+
+void session::command_wake(const std::string& /*arguments*/) {
+    if (!asleep) {
+        send_text("You are already awake.\r\n");
+    } else {
+        asleep = false;
+        send_icons();
+        send_text("You wake and stand up.\r\n");
+    }
+    prompt();
+}
+
+void session::command_wield(const std::string& /*arguments*/) {
+    if (wielding) {
+        send_text("You already wield a wooden sword.\r\n");
+    } else {
+        wielding = true;
+        send_icons();
+        send_text("You wield a wooden sword.\r\n");
+    }
+    prompt();
+}
+
+void session::command_remove(const std::string& /*arguments*/) {
+    if (!wielding) {
+        send_text("You are not wielding anything.\r\n");
+    } else {
+        wielding = false;
+        send_icons();
+        send_text("You stop wielding the wooden sword.\r\n");
+    }
+    prompt();
+}
+
+// Icon 0: not wielding anything; icon 1: asleep.
+void session::send_icons() {
+    std::string icons = "00000";
+    icons[0] = wielding ? '0' : '1';
+    icons[1] = asleep ? '1' : '0';
+    output += tag("icons", icons);
+}
+
+int session::minute_at(game_clock::time_point now) const {
+    const long long seconds = std::chrono::duration_cast<std::chrono::seconds>(now - clock_start).count();
+    return static_cast<int>((clock_minute + seconds % 1440 + 1440) % 1440);
+}
+
+std::string session::sky_state(game_clock::time_point now) const {
+    if (!where) return "";
+    const int minute = minute_at(now);
+    return std::string(where->sky) + " " + std::to_string(where->terrain) + " " + std::to_string(minute) + " " +
+           clock_text(minute);
+}
+
+void session::send_sky(game_clock::time_point now) {
+    if (!where) return;
+    output += tag("skystate", sky_state(now));
+    hour_sent = minute_at(now) / 60;
+}
+
+void session::tick(game_clock::time_point now) {
+    if (stage != stage_playing) return;
+    if (fighting() && now >= next_round) {
+        next_round = now + round_interval;
+        fight_round();
+    }
+    if (minute_at(now) / 60 != hour_sent) send_sky(now);
 }
 
 }  // namespace testworld

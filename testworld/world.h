@@ -11,7 +11,12 @@
 // "Spells" (menu only), each filled by diverting when the client opens it and by its own command, and
 // "Log", added to by appending ("note TEXT"). "gossip" and "ooc" are chat channels, with a bot that
 // answers on both.
+//
+// Each session keeps a game clock that runs one game minute per real second ("time N" sets it)
+// and a training dummy to fight ("kill"): the fight's rounds and the clock's hours arrive through
+// tick(), which the connection calls whenever it has nothing to read.
 
+#include <chrono>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -24,7 +29,15 @@ struct room {
     const char* description;
     int x;
     int y;
+    // The first field of "skystate": outdoors, sky visible, overcast.
+    const char* sky;
+    int terrain;
 };
+
+using game_clock = std::chrono::steady_clock;
+
+// The minute of the day as the game clock shows it: "%d:%02d am" or "pm", 12 for hour 0.
+std::string clock_text(int minute);
 
 // Offsets of the compass directions a player can walk.
 struct direction {
@@ -114,7 +127,22 @@ public:
     void command_gossip(const std::string& arguments);
     void command_ooc(const std::string& arguments);
     void command_popups(const std::string& arguments);
+    void command_kill(const std::string& arguments);
+    void command_time(const std::string& arguments);
+    void command_sleep(const std::string& arguments);
+    void command_wake(const std::string& arguments);
+    void command_wield(const std::string& arguments);
+    void command_remove(const std::string& arguments);
     void walk(const direction& way);
+
+    // Time passes: a fight round every round_interval, a "skystate" at each new game hour.
+    void tick(game_clock::time_point now);
+    // The game clock's minute of the day at that time.
+    int minute_at(game_clock::time_point now) const;
+    // Only while playing: the room's sky and the time, as "skystate" carries them.
+    std::string sky_state(game_clock::time_point now) const;
+    bool fighting() const { return dummy_health > 0; }
+    static constexpr std::chrono::milliseconds round_interval{400};
 
 private:
     enum session_stage { stage_name, stage_password, stage_playing, stage_done };
@@ -131,6 +159,10 @@ private:
     std::string spells_text() const;
     void send_text(const std::string& text);
 
+    void send_sky(game_clock::time_point now);
+    void send_icons();
+    void fight_round();
+
     world* game;
     int session_id;
     world::deliver_function deliver;
@@ -139,6 +171,17 @@ private:
     std::string identification;
     const room* where = nullptr;
     std::string output;
+    // The character's numbers, sent in "hp" with every prompt.
+    int hp = 142, max_hp = 150, mana = 87, max_mana = 120, move = 110, max_move = 110;
+    int experience = 300;  // tenths of a percent towards the next level
+    bool wielding = false;
+    bool asleep = false;
+    int dummy_health = 0;  // percent; 0: no fight
+    game_clock::time_point next_round;
+    // The clock stood at clock_minute at clock_start.
+    int clock_minute = 600;
+    game_clock::time_point clock_start = game_clock::now();
+    int hour_sent = -1;
 };
 
 }  // namespace testworld

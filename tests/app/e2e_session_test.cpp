@@ -11,10 +11,13 @@
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "input/input_window.h"
+#include "panels/status_bar.h"
+#include "panels/status_display.h"
 #include "tests/app/e2e_support.h"
 #include "tests/app/e2e_world.h"
 #include "tests/net/net_test_support.h"
 #include "tests/support/gui_main.h"
+#include "tests/theme/pixels.h"
 
 namespace {
 
@@ -176,6 +179,71 @@ TEST_F(EndToEnd, ServerTagsReachTheClient) {
     ASSERT_TRUE(e2e::type_line(frame, "popup Nowhere"));
     EXPECT_TRUE(shown("Sorry, no popup window by that name has been defined."));
     EXPECT_EQ(frame->text_target, frame->main_display);
+}
+
+TEST_F(EndToEnd, StatusStripsFollowTheWorld) {
+    log_in("Fighter");
+    zorn_status_display* d = frame->status_display;
+    zorn_status_bar* bar = frame->status_bar;
+    ASSERT_TRUE(pump_until([&] { return d->hp == 142 && !bar->clock_text.empty(); }, 5000));
+    EXPECT_TRUE(d->IsShown());
+    EXPECT_TRUE(bar->IsShown());
+    EXPECT_TRUE(bar->sky_bar->IsShown());
+    EXPECT_EQ(std::vector<int>({d->max_hp, d->mana, d->max_mana, d->move, d->max_move}),
+              std::vector<int>({150, 87, 120, 110, 110}));
+    EXPECT_EQ(d->xp[0], 300);
+    EXPECT_EQ(bar->icon_on[0], 1);
+    EXPECT_EQ(bar->clock_colour, zorn_rgb(192, 192, 192));
+
+    // The clock as the world sets it, and the sky of the rooms walked through.
+    ASSERT_TRUE(e2e::type_line(frame, "time 720"));
+    ASSERT_TRUE(pump_until([&] { return bar->clock_text.c_str() == std::string("12:00 pm"); }, 5000))
+        << bar->clock_text.c_str();
+    EXPECT_EQ(bar->sky_bar->current_minute, 720);
+    ASSERT_TRUE(e2e::type_line(frame, "s"));
+    ASSERT_TRUE(e2e::type_line(frame, "e"));
+    ASSERT_TRUE(shown("Chapel Garden"));
+    EXPECT_TRUE(pump_until([&] { return bar->sky_bar->overcast == 1 && d->move == 108; }, 5000));
+    EXPECT_EQ(bar->sky_bar->GetToolTipText(), wxT("It is cloudy and overcast."));
+
+    // A fight: the enemy's falling health, then experience when it falls.
+    ASSERT_TRUE(e2e::type_line(frame, "kill"));
+    ASSERT_TRUE(pump_until([&] { return std::string(d->enemy_name.c_str()) == "the training dummy"; }, 5000));
+    EXPECT_TRUE(pump_until([&] { return d->enemy_percent > 0 && d->enemy_percent <= 60; }, 5000));
+    ASSERT_TRUE(pump_until([&] { return d->xp[0] == 450; }, 5000));
+    EXPECT_EQ(d->xp[1], 120);
+    EXPECT_STREQ(d->enemy_name.c_str(), "(no enemy)");
+    EXPECT_EQ(d->enemy_percent, -1);
+    EXPECT_TRUE(pump_until([&] { return d->hp == 132; }, 5000));
+
+    // The numbers on the screen: the hit point gauge's fill and the experience bar's first layer.
+    int before = d->repaints;
+    d->Refresh(false);
+    ASSERT_TRUE(pump_until([&] { return d->repaints > before; }));
+    zorn_bitmap& b = *d->backing_bitmap;
+    const int fill = status_gauge_fill(132, 150, d->bar_width);
+    EXPECT_EQ(pixel_at(b, d->hp_x, d->bar_y), zorn_rgb(255, 32, 32));
+    EXPECT_EQ(pixel_at(b, d->hp_x - 1 + fill, d->bar_y), zorn_rgb(0, 0, 0));
+    EXPECT_EQ(pixel_at(b, d->exp_x + status_gauge_fill(450, 1000, d->bar_width) - 1, d->enemy_bar_y + 1),
+              zorn_rgb(48, 0, 48));
+
+    // The ping timer's line comes back as a lag figure within a few seconds.
+    frame->ping_timer.Notify();
+    EXPECT_TRUE(pump_until([&] { return bar->ping_count == 1; }, 5000));
+    EXPECT_GE(bar->ping_average, 0);
+    EXPECT_LT(bar->ping_average, 5000);
+
+    // After a disconnect both strips are hidden and hold nothing of the session.
+    ASSERT_TRUE(e2e::type_line(frame, "//disconnect"));
+    ASSERT_TRUE(pump_until([&] { return frame->session_state == session_none; }, 5000));
+    EXPECT_FALSE(d->IsShown());
+    EXPECT_FALSE(bar->IsShown());
+    EXPECT_EQ(std::vector<int>({d->hp, d->max_hp, d->mana, d->max_mana, d->move, d->max_move, d->xp[0]}),
+              std::vector<int>({-1, 1, -1, 1, -1, 1, 0}));
+    EXPECT_EQ(bar->ping_count, 0);
+    EXPECT_STREQ(bar->clock_text.c_str(), "");
+    EXPECT_EQ(bar->icon_on[0], 0);
+    EXPECT_EQ(bar->clock_colour, zorn_rgb(191, 191, 191));
 }
 
 }  // namespace
