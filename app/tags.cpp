@@ -8,6 +8,7 @@
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "panels/channel_window.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 
@@ -39,6 +40,14 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
         undivert_text();
     } else if (std::strcmp(name, "unappend") == 0) {
         unappend_text();
+    } else if (std::strcmp(name, "chdiv") == 0) {
+        channel_window->set_divert_channel(payload);
+        channel_divert_active = 1;
+    } else if (std::strcmp(name, "chudiv") == 0) {
+        channel_window->clear_divert_channel();
+        channel_divert_active = 0;
+    } else if (std::strcmp(name, "window_create") == 0) {
+        popup_manager->create_window(payload);
     } else if (std::strcmp(name, "hp") == 0) {
         set_hit_points(payload);
     } else if (std::strcmp(name, "enemyhp") == 0) {
@@ -58,9 +67,8 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
         // FIXME: parse_audio_tag once the soundpack exists; with audio off the tag is ignored.
         if (LConfig::instance().get_system_audio()) no_handler(name);
     } else {
-        // FIXME: map, walkfail, dirs, areaname, combat, group, bclear, window_create, chdiv,
-        // chudiv, and the numbered button tags "bf<n>" and "b<n>" (tested last, so "bclear" never
-        // reaches them) join with their panels.
+        // FIXME: map, walkfail, dirs, areaname, combat, group, bclear, and the numbered button tags
+        // "bf<n>" and "b<n>" (tested last, so "bclear" never reaches them) join with their panels.
         no_handler(name);
     }
 }
@@ -108,8 +116,16 @@ void zorn_mw::tag_event(const char* payload) {
     }
 }
 
-// FIXME: the popup manager's find_display; until popup windows exist no name is found.
-void zorn_mw::divert_text(const char* /*name*/, bool /*clear*/) {
+// "divert" replaces a popup window's text with what follows, "append" adds to it.
+void zorn_mw::divert_text(const char* name, bool clear) {
+    if (zorn_ansi_display* display = popup_manager->find_display(name)) {
+        text_target = display;
+        if (clear) {
+            display->suspend_updates();
+            display->clear_display();
+        }
+        return;
+    }
     text_target = main_display;
     main_display->reset_colors();
     print_message("\n");

@@ -27,8 +27,15 @@ struct popup_row {
 };
 const popup_row popup_table[] = {
     {"Inventory", "What you carry", "40 10", "inventory", ""},
-    {"Journal", "Your journal", "50 12", "", "noscroll"},
+    {"Score", "Your score", "50 8", "score", "nowrap noscroll"},
+    {"Spells", "Your spells", "30 12", "spells", "menuonly"},
+    {"Log", "Your log", "50 12", "", "noscroll"},
 };
+
+// The bot on the chat channels: it answers every channel message, on both channels.
+constexpr const char* bot_name = "Wren";
+// Most windows a "popups" command defines.
+constexpr int popups_limit = 40;
 
 // Without arguments, "flash" fades the text background from black to a dark red in 4 ticks and back
 // in 30: the payload is the start colour, then pairs of colour and ticks.
@@ -105,6 +112,11 @@ const command_row command_table[] = {
     {"popup", nullptr, &session::command_popup},
     {"flash", nullptr, &session::command_flash},
     {"config", nullptr, &session::command_config},
+    {"score", nullptr, &session::command_score},
+    {"spells", nullptr, &session::command_spells},
+    {"gossip", nullptr, &session::command_gossip},
+    {"ooc", nullptr, &session::command_ooc},
+    {"popups", nullptr, &session::command_popups},
     {"kill", "k", &session::command_kill},
     {"time", nullptr, &session::command_time},
     {"sleep", nullptr, &session::command_sleep},
@@ -116,6 +128,12 @@ const command_row command_table[] = {
 std::string window_create(const popup_row& row) {
     return tag("window_create", std::string(row.name) + "\n" + row.title + "\n" + row.size + "\n" + row.command +
                                     "\n" + row.flags + "\n");
+}
+
+// A line of chat: between the channel's divert tag and the end of the diversion.
+std::string channel_line(const char* channel, const std::string& speaker, const std::string& text) {
+    return tag("chdiv", channel) + "[" + channel + "] " + colored(speaker, sgr_cyan, true) + ": " + text + "\r\n" +
+           single_tag("chudiv");
 }
 
 // Text for a popup window: between the divert (or append) tag and its end tag.
@@ -191,6 +209,12 @@ std::vector<std::string> world::names_in_room(const room* where, int except_id) 
     return names;
 }
 
+void world::tell_all(int except_id, const std::string& bytes) const {
+    std::lock_guard<std::mutex> lock(mutex);
+    for (const player& p : players)
+        if (p.id != except_id) p.deliver(bytes);
+}
+
 void world::tell_room(const room* where, int except_id, const std::string& bytes) const {
     std::lock_guard<std::mutex> lock(mutex);
     for (const player& p : players)
@@ -250,7 +274,19 @@ bool session::handle_client_line(const std::string& line) {
         output += tag("event", "lnpong");
         return true;
     }
+    if (starts_with(line, "lnlwindow open ")) {
+        window_opened(line.substr(std::string("lnlwindow open ").size()));
+        return true;
+    }
     return starts_with(line, "lnlstatus ") || starts_with(line, "lnlwindow ");
+}
+
+// An opened window is filled at once; the others wait for their commands.
+void session::window_opened(const std::string& window) {
+    if (stage != stage_playing) return;
+    if (window == "Inventory") output += diverted("divert", "undivert", "Inventory", inventory_text());
+    else if (window == "Score") output += diverted("divert", "undivert", "Score", score_text());
+    else if (window == "Spells") output += diverted("divert", "undivert", "Spells", spells_text());
 }
 
 void session::handle_name(const std::string& line) {
@@ -386,19 +422,75 @@ void session::command_quit(const std::string& /*arguments*/) {
 void session::command_help(const std::string& /*arguments*/) {
     send_text("Commands: north (n), east (e), south (s), west (w), look (l), say <text> (' <text>), who, "
               "quit.\r\n");
-    send_text("Client tests: inventory (i) fills a popup window, note <text> adds to the journal window, "
-              "popup <name> writes into any window, flash [colours] flashes the text, config [words] "
-              "switches a panel (default: automap flash), kill (k) fights the training dummy, time <minute> "
-              "sets the clock, sleep, wake, wield, remove.\r\n");
+    send_text("Client tests: inventory (i), score and spells fill popup windows, note <text> adds to the log "
+              "window, popup <name> writes into any window, popups <n> defines n more windows, gossip <text> and "
+              "ooc <text> talk on the channels, flash [colours] flashes the text, config [words] switches a panel "
+              "(default: automap flash), kill (k) fights the training dummy, time <minute> sets the clock, sleep, "
+              "wake, wield, remove.\r\n");
     prompt();
 }
 
-void session::command_inventory(const std::string& /*arguments*/) {
+std::string session::inventory_text() const {
     std::string contents = colored("You are carrying:", sgr_white, true) + "\r\n";
     contents += "  a brass lantern (lit)\r\n";
     contents += "  a loaf of bread\r\n";
     contents += "  " + colored("12 gold coins", sgr_yellow) + "\r\n";
-    output += diverted("divert", "undivert", "Inventory", contents);
+    return contents;
+}
+
+// A line wider than the window, for a window that doesn't wrap.
+std::string session::score_text() const {
+    return colored(name + " of Ember Vale", sgr_white, true) + "\r\n" +
+           "Level 3   Hit points 120/150   Gold 12   Quests done: the lost lantern, the mill wheel, the chapel bell\r\n";
+}
+
+std::string session::spells_text() const {
+    return colored("Spells you know:", sgr_white, true) + "\r\n  light\r\n  mend\r\n  " +
+           colored("spark", sgr_red) + "\r\n";
+}
+
+void session::command_score(const std::string& /*arguments*/) {
+    output += diverted("divert", "undivert", "Score", score_text());
+    prompt();
+}
+
+void session::command_spells(const std::string& /*arguments*/) {
+    output += diverted("divert", "undivert", "Spells", spells_text());
+    prompt();
+}
+
+void session::command_gossip(const std::string& arguments) { channel_message("gossip", arguments); }
+void session::command_ooc(const std::string& arguments) { channel_message("ooc", arguments); }
+
+// Everyone hears a channel, the speaker too; the bot then answers on both channels.
+void session::channel_message(const char* channel, const std::string& arguments) {
+    if (arguments.empty()) {
+        send_text(std::string("Say what on ") + channel + "?\r\n");
+        prompt();
+        return;
+    }
+    const std::string said = channel_line(channel, name, escape_text(sanitize_player_text(arguments)));
+    const std::string answer = channel_line("gossip", bot_name, "Well met, " + escape_text(name) + ".") +
+                               channel_line("ooc", bot_name, "(the bot is listening on both channels)");
+    output += said + answer;
+    game->tell_all(session_id, "\r\n" + said + answer);
+    prompt();
+}
+
+// "popups N": N more windows, "Window 1" to "Window N", to try the client's limits.
+void session::command_popups(const std::string& arguments) {
+    const int count = std::max(0, std::min(std::atoi(arguments.c_str()), popups_limit));
+    for (int i = 1; i <= count; i++) {
+        const std::string number = std::to_string(i);
+        const std::string window = "Window " + number;
+        output += tag("window_create", window + "\nNumbered window " + number + "\n20 4\n\n\n");
+    }
+    send_text(std::to_string(count) + " windows defined.\r\n");
+    prompt();
+}
+
+void session::command_inventory(const std::string& /*arguments*/) {
+    output += diverted("divert", "undivert", "Inventory", inventory_text());
     send_text("You look through your pack.\r\n");
     prompt();
 }
@@ -409,8 +501,8 @@ void session::command_note(const std::string& arguments) {
         prompt();
         return;
     }
-    output += diverted("append", "unappend", "Journal", escape_text(sanitize_player_text(arguments)) + "\r\n");
-    send_text("You write it down in your journal.\r\n");
+    output += diverted("append", "unappend", "Log", escape_text(sanitize_player_text(arguments)) + "\r\n");
+    send_text("You write it down in your log.\r\n");
     prompt();
 }
 

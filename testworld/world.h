@@ -7,8 +7,10 @@
 // Adding a feature (maps, groups, channels) means a row in the command table of world.cpp and,
 // where it needs shared state, a member of world behind its mutex.
 //
-// Two popup windows are defined at each login: "Inventory", filled by diverting ("inventory", also
-// the window's own command), and "Journal", added to by appending ("note TEXT").
+// Four popup windows are defined at each login: "Inventory", "Score" (no wrap, no scrollbar) and
+// "Spells" (menu only), each filled by diverting when the client opens it and by its own command, and
+// "Log", added to by appending ("note TEXT"). "gossip" and "ooc" are chat channels, with a bot that
+// answers on both.
 //
 // Each session keeps a game clock that runs one game minute per real second ("time N" sets it)
 // and a training dummy to fight ("kill"): the fight's rounds and the clock's hours arrive through
@@ -69,6 +71,8 @@ public:
     void move(int id, const room* where);
     std::vector<std::string> player_names() const;
     std::vector<std::string> names_in_room(const room* where, int except_id) const;
+    // Sends bytes to every player but one.
+    void tell_all(int except_id, const std::string& bytes) const;
     // Sends bytes to every player in the room but one.
     void tell_room(const room* where, int except_id, const std::string& bytes) const;
 
@@ -118,6 +122,11 @@ public:
     void command_popup(const std::string& arguments);
     void command_flash(const std::string& arguments);
     void command_config(const std::string& arguments);
+    void command_score(const std::string& arguments);
+    void command_spells(const std::string& arguments);
+    void command_gossip(const std::string& arguments);
+    void command_ooc(const std::string& arguments);
+    void command_popups(const std::string& arguments);
     void command_kill(const std::string& arguments);
     void command_time(const std::string& arguments);
     void command_sleep(const std::string& arguments);
@@ -143,6 +152,11 @@ private:
     void handle_password(const std::string& line);
     void handle_command(const std::string& line);
     void prompt();
+    void window_opened(const std::string& window);
+    void channel_message(const char* channel, const std::string& arguments);
+    std::string inventory_text() const;
+    std::string score_text() const;
+    std::string spells_text() const;
     void send_text(const std::string& text);
 
     void send_sky(game_clock::time_point now);

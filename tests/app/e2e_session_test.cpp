@@ -3,6 +3,7 @@
 // and the X server. What the world received is read back from its --log file.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
 #include <string>
 #include <vector>
@@ -11,6 +12,10 @@
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "input/input_window.h"
+#include <wx/menu.h>
+#include <wx/uiaction.h>
+
+#include "panels/channel_window.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 #include "tests/app/e2e_support.h"
@@ -244,6 +249,75 @@ TEST_F(EndToEnd, StatusStripsFollowTheWorld) {
     EXPECT_STREQ(bar->clock_text.c_str(), "");
     EXPECT_EQ(bar->icon_on[0], 0);
     EXPECT_EQ(bar->clock_colour, zorn_rgb(191, 191, 191));
+}
+
+// The popup windows the world defines at login: a click opens one and the world hears exactly
+// which, then the window's own command; the title bar's close box tells it too.
+TEST_F(EndToEnd, PopupWindowsTellTheWorldWhenTheyOpenAndClose) {
+    log_in("Popper");
+    zorn_popup_manager& popups = *frame->popup_manager;
+    ASSERT_TRUE(pump_until([&] { return popups.find_window("Log") != nullptr; }, 5000));
+    EXPECT_EQ(frame->popup_count, 4);
+    EXPECT_NE(popups.find_window("Spells")->controller, popups.buttons) << "menu-only windows have no place in the row";
+    zorn_popup_window* inventory = popups.find_window("Inventory");
+    zorn_popup_button* button = inventory->controller;
+    wxUIActionSimulator mouse;
+    const wxRect r = button->GetScreenRect();
+    mouse.MouseMove(r.x + r.width / 2, r.y + r.height / 2);
+    pump_for(20);
+    mouse.MouseClick();
+    ASSERT_TRUE(server_got("inventory"));
+    const std::vector<std::string> lines = received();
+    const auto open = std::find(lines.begin(), lines.end(), "lnlwindow open Inventory");
+    ASSERT_NE(open, lines.end());
+    ASSERT_NE(open + 1, lines.end());
+    EXPECT_EQ(*(open + 1), "inventory") << "the window's command follows its opening";
+    EXPECT_TRUE(inventory->IsShown());
+    EXPECT_TRUE(frame->popups_menu->IsChecked(button->menu_id));
+    EXPECT_TRUE(pump_until([&] {
+        return inventory->display->textctrl->model.raw_text().find("You are carrying:") != std::string::npos;
+    }));
+    EXPECT_EQ(e2e::shown_text(frame).find("You are carrying:"), std::string::npos) << "not in the main text";
+
+    inventory->Close();
+    EXPECT_TRUE(server_got("lnlwindow close Inventory"));
+    EXPECT_FALSE(inventory->IsShown());
+    EXPECT_FALSE(frame->popups_menu->IsChecked(button->menu_id));
+    EXPECT_EQ(button->button_state, zorn_button_up);
+
+    // A disconnect takes the windows and the menu's items; their places stay with the character.
+    inventory->Move(210, 160);
+    pump_for(30);
+    ASSERT_TRUE(e2e::type_line(frame, "//disconnect"));
+    EXPECT_EQ(popups.buttons, nullptr);
+    EXPECT_EQ(frame->popup_count, 0);
+    ASSERT_TRUE(LConfig::instance().save_system_config_file());
+    const std::string character =
+        net_test::read_file(e2e::world().home() + "/.config/EmberVale/char_configs/Popper.cfg");
+    EXPECT_NE(character.find("<name>Inventory</name>"), std::string::npos) << character;
+    EXPECT_NE(character.find("<x>210</x>"), std::string::npos) << character;
+}
+
+// Chat from the world and its bot lands in tabs, both channels lit until looked at.
+TEST_F(EndToEnd, ChannelChatFromTheWorldLandsInTabs) {
+    LConfig::instance().set_channel_window_enable(1);
+    LConfig::instance().set_channel_window_dupe(0);
+    log_in("Chatter");
+    ASSERT_TRUE(e2e::type_line(frame, "gossip anyone awake?"));
+    zorn_channel_window& channels = *frame->channel_window;
+    ASSERT_TRUE(pump_until([&] { return channels.find_channel("ooc") != nullptr; }, 5000));
+    const auto text_of = [&](const char* name) {
+        return channels.find_channel(name)->display->textctrl->model.raw_text();
+    };
+    EXPECT_TRUE(pump_until([&] { return text_of("ooc").find("listening on both channels") != std::string::npos; }));
+    EXPECT_NE(text_of("gossip").find("anyone awake?"), std::string::npos);
+    EXPECT_NE(text_of("gossip").find("Well met, Chatter."), std::string::npos);
+    EXPECT_NE(text_of("(all)").find("Well met, Chatter."), std::string::npos);
+    EXPECT_EQ(e2e::shown_text(frame).find("Well met, Chatter."), std::string::npos);
+    EXPECT_EQ(channels.find_channel("gossip")->button->button_state, zorn_button_down);
+    EXPECT_EQ(channels.find_channel("ooc")->button->button_state, zorn_button_down);
+    EXPECT_TRUE(channels.find_channel("(all)")->button->IsShown());
+    LConfig::instance().set_channel_window_enable(0);
 }
 
 }  // namespace

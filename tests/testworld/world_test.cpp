@@ -80,7 +80,9 @@ TEST(TestworldSession, BannerPasswordModeThenLogin) {
     EXPECT_TRUE(contains(reply, ";sdirs;on CV;edirs;")) << "all four exits: 85";
     EXPECT_TRUE(contains(reply, "Village Square"));
     EXPECT_TRUE(contains(reply, ";swindow_create;Inventory\nWhat you carry\n40 10\ninventory\n\n;ewindow_create;"));
-    EXPECT_TRUE(contains(reply, ";swindow_create;Journal\nYour journal\n50 12\n\nnoscroll\n;ewindow_create;"));
+    EXPECT_TRUE(contains(reply, ";swindow_create;Score\nYour score\n50 8\nscore\nnowrap noscroll\n;ewindow_create;"));
+    EXPECT_TRUE(contains(reply, ";swindow_create;Spells\nYour spells\n30 12\nspells\nmenuonly\n;ewindow_create;"));
+    EXPECT_TRUE(contains(reply, ";swindow_create;Log\nYour log\n50 12\n\nnoscroll\n;ewindow_create;"));
     EXPECT_LT(reply.find(";slogin;Anna;elogin;"), reply.find(";swindow_create;"))
         << "windows belong to the logged-in player";
     EXPECT_EQ(game.player_names(), std::vector<std::string>{"Anna"});
@@ -170,7 +172,7 @@ TEST(TestworldSession, ClientFeatureCommands) {
          ";sdivert;Inventory;edivert;\x1b[1m\x1b[37mYou are carrying:\x1b[0m\r\n  a brass lantern (lit)\r\n"
          "  a loaf of bread\r\n  \x1b[33m12 gold coins\x1b[0m\r\n;tundivert;You look through your pack.\r\n"},
         {"note buy rope; and oil",
-         ";sappend;Journal;eappend;buy rope;; and oil\r\n;tunappend;You write it down in your journal.\r\n"},
+         ";sappend;Log;eappend;buy rope;; and oil\r\n;tunappend;You write it down in your log.\r\n"},
         {"note", "Write what?\r\n"},
         {"popup a;b", ";sdivert;a,b;edivert;This text was written for the window a;;b.\r\n;tundivert;"},
         {"popup", "Which window?\r\n"},
@@ -178,6 +180,15 @@ TEST(TestworldSession, ClientFeatureCommands) {
         {"FLASH ff0000 000000 x", ";sevent;colorflash ff0000 000000 x;eevent;"},
         {"config", ";sconfig;automap flash;econfig;"},
         {"config hint_buttons disable", ";sconfig;hint_buttons disable;econfig;"},
+        {"spells", ";sdivert;Spells;edivert;\x1b[1m\x1b[37mSpells you know:\x1b[0m\r\n  light\r\n"},
+        {"gossip hi; all",
+         ";schdiv;gossip;echdiv;[gossip] \x1b[1m\x1b[36mAnna\x1b[0m: hi;; all\r\n;tchudiv;"
+         ";schdiv;gossip;echdiv;[gossip] \x1b[1m\x1b[36mWren\x1b[0m: Well met, Anna.\r\n;tchudiv;"
+         ";schdiv;ooc;echdiv;[ooc] \x1b[1m\x1b[36mWren\x1b[0m: (the bot is listening on both channels)\r\n;tchudiv;"},
+        {"ooc", "Say what on ooc?\r\n"},
+        {"popups 2",
+         ";swindow_create;Window 1\nNumbered window 1\n20 4\n\n\n;ewindow_create;"
+         ";swindow_create;Window 2\nNumbered window 2\n20 4\n\n\n;ewindow_create;2 windows defined.\r\n"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.command);
@@ -186,6 +197,10 @@ TEST(TestworldSession, ClientFeatureCommands) {
         EXPECT_EQ(reply.substr(reply.size() - 4), "\r\n> ");
     }
     EXPECT_TRUE(contains(p.line("help"), "inventory (i)"));
+    // Opening a window fills it at once; closing it, or opening one the world doesn't know, is quiet.
+    EXPECT_EQ(p.line("lnlwindow open Score").rfind(";sdivert;Score;edivert;", 0), 0u);
+    EXPECT_EQ(p.line("lnlwindow close Score"), "");
+    EXPECT_EQ(p.line("lnlwindow open Log"), "");
 }
 
 TEST(TestworldSession, RandomBytesNeverBreakASession) {
