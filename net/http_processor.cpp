@@ -162,7 +162,7 @@ void zorn_http_data_processor_oline::reset_message_fields() {
 void zorn_http_data_processor_oline::reset() {
     // Callbacks and their context belong to the owner and stay.
     expect_continue = force_http10 = allow_chunked = fatal_error = discard_input = is_client = 0;
-    tx_body_remaining = close_after_tx = close_after_rx = connection_close = tx_chunked = 0;
+    tx_body_remaining = close_after_tx = close_after_rx = connection_close = tx_chunked = rx_closed = 0;
     sent_method[0] = '\0';
     clear_line_state();
     http_version = 20;
@@ -232,7 +232,7 @@ int zorn_http_data_processor_oline::process_received_data(const char* data, int 
 
 int zorn_http_data_processor_oline::process_step(const char* data, int count) {
     if (count < 1 || fatal_error) return -1;
-    if (discard_input) return count;
+    if (discard_input || rx_closed) return count;
     if (!rx_in_body) return step_head(data, count);
     if (rx_chunked) return step_chunked_body(data, count);
     return step_plain_body(data, count);
@@ -279,6 +279,8 @@ bool zorn_http_data_processor_oline::message_has_body() const {
 int zorn_http_data_processor_oline::end_of_head() {
     ++header_line_count;
     if (is_client ? status_code == 0 : status_code != 0) return fail();
+    // HTTP/1.0 knows no transfer codings: its body is framed by the length or the close alone.
+    if (http_version < 11) rx_chunked = 0;
     if (message_has_body()) {
         rx_in_body = 1;
         rx_body_received = 0;
@@ -307,8 +309,8 @@ int zorn_http_data_processor_oline::finish_message() {
     if (callback_close_connection) callback_close_connection(this, callback_context);
     close_after_tx = close_after_rx = connection_close = 0;
     // The owner closes the transport now: whatever follows in this read (trailers, a stray
-    // byte) belongs to no message.
-    discard_input = 1;
+    // byte) is swallowed.
+    rx_closed = 1;
     return 0;
 }
 

@@ -213,4 +213,6 @@ private:
     zorn_http_cookie_list cookies_received;
     zorn_http_cookie_list cookies_send;
     zorn_socket_data_queue output{-1};
+    // The owner was told to close at the end of a message: what follows belongs to no message.
+    int rx_closed = 0;
 };
