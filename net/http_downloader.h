@@ -2,7 +2,8 @@
 // Fetches one URL with HTTP GET, blocking the calling thread until the transfer is over: into a
 // file, or piece by piece through data_callback. Meant for background threads; the GUI never
 // waits on it. One object serves one download at a time; it belongs to the thread that made it,
-// and its callbacks run on that thread inside download.
+// and its callbacks run on that thread inside download. The object holds a 64 KB file buffer:
+// mind the stack of the thread that makes one.
 
 #include <netinet/in.h>
 
@@ -63,10 +64,13 @@ private:
     bool send_request(zorn_http_data_processor_oline& processor);
     bool clean_close_is_complete(const zorn_http_data_processor_oline& processor) const;
     bool read_failed();
-    void close_output_file();
+    // False when buffered bytes could not be written.
+    bool close_output_file();
 
     // The file was created by this download, so a failure may remove it; a destination that
     // existed before a failed download is never touched.
     bool file_created = false;
     bool head_received = false;
+    // The output file's buffer: part of the object, so a transfer allocates nothing for it.
+    char file_buffer[65536];
 };

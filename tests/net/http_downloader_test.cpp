@@ -287,6 +287,24 @@ TEST(HttpDownloader, UnwritableDestinationAbortsTheDownload) {
                   "'.  Aborting download.\nError in zorn_http_downloader::download(), http data fetch failed.\n");
 }
 
+// A disk that takes nothing: the failure shows in a write, or in the close that flushes the last
+// bytes, and the download fails either way.
+TEST(HttpDownloader, FullDiskFails) {
+    for (size_t size : {size_t{3}, size_t{200000}}) {
+        SCOPED_TRACE(size);
+        transfer t;
+        http_reply reply;
+        reply.body = body_of(size);
+        ASSERT_TRUE(t.start(reply));
+        log_capture log(2);
+        EXPECT_FALSE(t.downloader.download("h", "/x", "/dev/full"));
+        EXPECT_NE(log.text().find("Warning in zorn_http_downloader::callback_content_data_received(), unable to write "
+                                  "all data to disk.  Bailing.\n"),
+                  std::string::npos);
+        EXPECT_EQ(t.downloader.output_file, nullptr);
+    }
+}
+
 // Takes over six seconds: the server is silent past the first five-second wait, then answers.
 TEST(HttpDownloader, SilentServerIsStillWaitedOnAfterSixSeconds) {
     transfer t;
