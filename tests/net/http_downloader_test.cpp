@@ -139,6 +139,7 @@ TEST(HttpDownloader, CallbackMode) {
     };
     for (int answer : {1, 0}) {
         SCOPED_TRACE(answer);
+        log_capture quiet(0);
         transfer t;
         http_reply reply;
         reply.body = body_of(30000);
@@ -234,7 +235,10 @@ TEST(HttpDownloader, CloseWithoutAReplyFailsAndKeepsAnOldFile) {
     net_test::write_file(file, "old");
     zorn_http_downloader d;
     ASSERT_TRUE(d.set_connection("127.0.0.1", port, 0));
+    log_capture log(2);
     EXPECT_FALSE(d.download("h", "/x", file.c_str()));
+    EXPECT_EQ(log.text(),
+              "Error in zorn_http_downloader::download(), blocking read failed, unknown file state.  Deleting file.\n");
     closer.join();
     close(listener);
     EXPECT_EQ(net_test::read_file(file), "old");

@@ -400,7 +400,12 @@ TEST(HttpProcessorBuild, BodyPumpWaitsForTheOwnerAndRefusesShortBodies) {
     r.tx_body = std::string(20000, 'x');
     ASSERT_TRUE(p.start_http_POST("h", "/up", zorn_http_content_octet_stream, 30000));
     EXPECT_EQ(p.tx_body_remaining, 10000);
-    EXPECT_FALSE(p.send_response_501()) << "busy with a body";
+    {
+        log_capture log(2);
+        EXPECT_FALSE(p.send_response_501()) << "busy with a body";
+        EXPECT_EQ(log.text(), "Error in zorn_http_data_processor_oline, attempt to 'send_response_501' without "
+                              "completing previous message.\n");
+    }
     std::string sent = drain(p);
     EXPECT_EQ(sent.substr(0, sent.find("\r\n\r\n") + 4),
               "POST /up HTTP/1.1\r\nHost: h\r\nContent-Type: application/octet-stream; charset=utf-8\r\n"
@@ -504,6 +509,7 @@ TEST(HttpProcessorBuild, CredentialsAndExpect) {
 }
 
 TEST(HttpProcessorBuild, ResetMakesItNewAgain) {
+    log_capture quiet(0);
     processor p;
     recorder r;
     r.attach(p);
