@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "app/browser.h"
+#include "base/boot.h"
 #include "app/layout.h"
 #include "base/threads.h"
 #include "base/words.h"
