@@ -10,8 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "app/browser.h"
 #include "app/dialogs.h"
+#include "base/boot.h"
 #include "app/layout.h"
 #include "app/menus.h"
 #include "base/threads.h"

@@ -253,13 +253,17 @@ void zorn_mw::choose_font(bool button_font) {
 void zorn_mw::set_automap_cell_size(int) { layout_and_refresh(); }
 void zorn_mw::zoom_automap(int) { layout_and_refresh(); }
 
-// FIXME: the log writers join here; until then the dialog only asks for the file.
+// "&Save Logfile": the messages go to the main display after the file is written, so they are
+// only in the next export.
 void zorn_mw::save_logfile_dialog() {
     wxFileDialog dialog(this, wxT("Save Logfile"), wxEmptyString, wxEmptyString,
                         wxT("Save as HTML|*.html|Save as Plain Text|*.txt"), wxFD_SAVE | wxFD_OVERWRITE_PROMPT,
                         wxDefaultPosition, wxDefaultSize, wxT("filedlg"));
-    dialog.ShowModal();
-    refresh_text();
+    if (dialog.ShowModal() != wxID_OK) return;
+    std::string message;
+    zorn_save_logfile(main_display, dialog.GetPath().utf8_str(), dialog.GetFilterIndex(), &message);
+    print_message(message.c_str());
+    main_display->refresh_text();
 }
 
 // Dialogs -----------------------------------------------------------------------------------------------
