@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "app/automap_frame.h"
 #include "app/browser.h"
 #include "app/layout.h"
 #include "base/threads.h"
@@ -19,6 +20,8 @@
 #include "display/ansi_palette.h"
 #include "display/display_hooks.h"
 #include "app/clipboard.h"
+#include "automap/automap_display.h"
+#include "automap/automap_renderer.h"
 #include "input/embedded_window.h"
 #include "input/input_window.h"
 #include "theme/builtin_images.h"
@@ -92,6 +95,8 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
       text_target(nullptr),
       saved_scroll_position(0),
       input_window(nullptr),
+      automap(nullptr),
+      automap_frame(nullptr),
       tick_timer(this, zorn_tick_timer_id),
       ping_timer(this, zorn_ping_timer_id),
       autosave_timer(this, zorn_autosave_timer_id),
@@ -117,6 +122,7 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
                                          wxT("main input window"));
     main_display = new zorn_main_window(this, wxID_ANY);
     text_target = main_display;
+    create_automap();
 
     SetBackgroundColour(*wxBLACK);
     input_window->line_edit.set_line_font();
@@ -124,6 +130,8 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
     main_display->set_display_font(zorn_main_font());
     zorn_set_config_listener(this);
     connect_display_hooks();
+    reparent_automap();
+    update_automap_visibility();
     // Text from the first byte on uses the record's palette.
     zorn_select_palette(LConfig::instance().get_font_colors_setting());
 
@@ -238,9 +246,9 @@ void zorn_mw::layout_panels() {
     s.current_layout = c.get_current_layout();
     s.group_status_display = c.get_group_status_display();
     s.automap_docked = c.get_automap_docked();
-    // FIXME: the automap's setting and size count once the automap exists; a map that isn't there
-    // takes no room, so the left column keeps the width of the group display.
-    s.automap_display = false;
+    s.automap_display = c.get_automap_display();
+    in.automap_width = automap->get_width();
+    in.automap_height = automap->get_height();
     s.direction_button_enable = c.get_direction_button_enable();
     s.hint_button_enable = c.get_hint_button_enable();
     s.fkey_button_display = c.get_fkey_button_display();
@@ -258,6 +266,8 @@ void zorn_mw::layout_panels() {
     input_window->set_size(r.x, r.y, r.width, r.height);
     const layout_rect& m = placed.main_display;
     main_display->set_size(m.x, m.y, m.width, m.height);
+    const layout_rect& a = placed.automap;
+    place_automap(a.placed, a.x, a.y, a.width, a.height);
     // A layout always brings the text back to its end.
     main_display->unlock_scrollback();
 }
@@ -276,24 +286,27 @@ void zorn_mw::refresh_main_font() {
     zorn_font* font = zorn_main_font();
     main_display->set_display_font(font);
     input_window->line_edit.set_line_font();
+    automap->renderer->Refresh(false);
     LConfig::instance().store_main_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
     layout_panels();
     Refresh(false);
 }
 
-// FIXME: the button rows, status panels, group display and automap take the font here as they join.
+// FIXME: the button rows, status panels and group display take the font here as they join.
 void zorn_mw::refresh_button_font() {
     zorn_font* font = zorn_button_font();
     LConfig::instance().store_button_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
+    automap->Refresh(false);
     layout_panels();
     Refresh(false);
 }
 
-// FIXME: the button groups, popup manager, automap, status display and channel window are told
-// here as they join.
+// FIXME: the button groups, popup manager, status display and channel window are told here as
+// they join.
 void zorn_mw::refresh_themes(bool force) {
     switch_themes();
     if (force) update_background(true);
+    automap->Refresh(false);
     layout_panels();
     Refresh(false);
 }

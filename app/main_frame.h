@@ -27,6 +27,8 @@ class wxMouseEvent;
 class zorn_input_window;
 class zorn_main_window;
 class zorn_ansi_display;
+class zorn_automap_display;
+class zorn_automap_frame;
 
 // How far the player is; says nothing of the socket.
 enum : int {
@@ -123,6 +125,15 @@ public:
     void queue_message(const char* text);
 
     void layout_panels() override;
+
+    // ---- The automap (automap_frame.cpp) ----
+    // Stores the setting, shows or hides the panel (and its frame when floating), lays out.
+    void set_automap_display(int value) override;
+    // "Docked Map": turns the map on if needed, flips the docking, re-parents, lays out.
+    void toggle_automap_docked();
+    void reparent_automap();
+    void automap_smaller() override;
+    void automap_larger() override;
     // After a change of the main font's glyphs: everything measured with it is laid out again.
     void refresh_main_font() override;
     // After a change of the button and status fonts.
@@ -189,6 +200,8 @@ public:
     zorn_ansi_display* text_target;
     int saved_scroll_position;
     zorn_input_window* input_window;
+    zorn_automap_display* automap;
+    zorn_automap_frame* automap_frame;
     wxTimer tick_timer;
     wxTimer ping_timer;
     wxTimer autosave_timer;
@@ -209,6 +222,10 @@ public:
 
 private:
     void connect_display_hooks();
+    void create_automap();
+    bool automap_tag(const char* name, const char* payload, int length);
+    void tag_dirs(const char* payload);
+    void place_automap(bool placed, int x, int y, int width, int height);
     void run_client_command(const client_command_match& match);
     void echo_line(const char* text);
     void print_command_list();

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "app/main_frame.h"
+#include "automap/automap_display.h"
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
@@ -62,8 +63,8 @@ void zorn_mw::socket_connect(int port) {
     select_history_list(1);
 }
 
-// FIXME: the panels of later subsystems are reset here as they join: automap visibility, function
-// keys, status bar and display, group display, direction and hint buttons, automap, popups.
+// FIXME: the panels of later subsystems are reset here as they join: function keys, status bar
+// and display, group display, direction and hint buttons, popups.
 void zorn_mw::socket_disconnect(const char* reason) {
     socket.close();
     parser.set_state(zorn_stream_parser::plain_text);
@@ -72,6 +73,7 @@ void zorn_mw::socket_disconnect(const char* reason) {
     select_history_list(0);
     session_state = session_none;
     SetTitle(wxString::FromUTF8(zorn_frame_title));
+    update_automap_visibility();
 
     main_display->reset_colors();
     for (const char* part : {"\n", "\n", reason, "\n", "\n", "To log in again, type '"}) print_message(part);
@@ -82,6 +84,7 @@ void zorn_mw::socket_disconnect(const char* reason) {
     print_message("\n");
     refresh_text();
 
+    automap->reset();
     layout_panels();
     Refresh(false);
 }

@@ -3,6 +3,8 @@
 #include <cstring>
 
 #include "app/main_frame.h"
+#include "automap/automap_display.h"
+#include "automap/automap_renderer.h"
 #include "base/threads.h"
 #include "base/words.h"
 #include "config/debug_log.h"
@@ -37,13 +39,18 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
         undivert_text();
     } else if (std::strcmp(name, "unappend") == 0) {
         unappend_text();
+    } else if (automap_tag(name, payload, length)) {
+    } else if (std::strcmp(name, "ncombat") == 0) {
+        automap->set_combat(false);
+        // FIXME: then the enemy is cleared, as "enemyhp" with an empty payload, once the status
+        // display exists.
     } else if (std::strcmp(name, "config") == 0) {
         config_cmd_process(payload);
     } else if (std::strcmp(name, "sound") == 0) {
         // FIXME: parse_audio_tag once the soundpack exists; with audio off the tag is ignored.
         if (LConfig::instance().get_system_audio()) no_handler(name);
     } else {
-        // FIXME: map, walkfail, dirs, areaname, combat, ncombat, enemyhp, group, xpp, hp, bclear,
+        // FIXME: enemyhp, group, xpp, hp, bclear,
         // window_create, chdiv, chudiv, skystate, icons, and the numbered button tags "bf<n>" and
         // "b<n>" (tested last, so "bclear" never reaches them) join with their panels.
         no_handler(name);
@@ -59,7 +66,8 @@ void zorn_mw::tag_login(const char* payload, int length) {
     }
     session_state = session_logged_in;
     select_history_list(2);
-    // FIXME: automap visibility, function keys, status bar, sky bar and status display follow the
+    update_automap_visibility();
+    // FIXME: function keys, status bar, sky bar and status display follow the
     // settings here once those panels exist.
     leave_password_mode();
     layout_panels();
