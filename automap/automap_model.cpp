@@ -65,13 +65,20 @@ void store(automap_model& model, const section_layout& section, int row, int ind
         case section_target::edge_value: cell.edge = in.take() - '@'; break;
         case section_target::node_low: cell.edge |= in.take() & 63; break;
         case section_target::node_high: cell.edge |= (in.take() & 63) << 16; break;
-        case section_target::room:
-            // The three bytes after the first are taken as they come.
-            cell.terrain = in.take() - '@';
-            cell.flags = in.take() - '@';
-            cell.seed = in.take() - '@';
-            cell.spare = in.take() - '@';
+        case section_target::room: {
+            // The three bytes after the first are taken as they come, line feeds too; a room cut
+            // short by the block's end is left out rather than drawn from a missing seed.
+            int values[4];
+            for (int& v : values) {
+                if (in.current() == 0) return;
+                v = in.take() - '@';
+            }
+            cell.terrain = values[0];
+            cell.flags = values[1];
+            cell.seed = values[2];
+            cell.spare = values[3];
             break;
+        }
     }
 }
 

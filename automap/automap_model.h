@@ -75,6 +75,7 @@ public:
 
     bool at_rest() const { return scroll_x == 0 && scroll_y == 0 && level_step == 0; }
     int pending_length() const { return pending_count; }
+    const automap_pending_map* pending_back() const { return pending_tail; }
     bool room_exists(int column, int row) const;
     automap_cell& cell(int column, int row) { return cells[column][row]; }
     const automap_cell& cell(int column, int row) const { return cells[column][row]; }

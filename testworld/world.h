@@ -22,6 +22,7 @@ struct room {
     const char* description;
     int x;
     int y;
+    int level = 0;  // 1: above the village, reached by "up" from the watchtower
 };
 
 // Offsets of the compass directions a player can walk.
@@ -31,6 +32,9 @@ struct direction {
     int dx;
     int dy;
     int exit_bit;  // the bit of the client's exits mask
+    int dz = 0;    // up 1, down -1
+    int number = -1;         // the "walkfail" direction number, -1 for up and down
+    char map_direction = '@';  // the map block's direction byte
 };
 
 const std::vector<direction>& directions();
@@ -46,7 +50,7 @@ public:
 
     int width() const { return grid_width; }
     int height() const { return grid_height; }
-    const room* room_at(int x, int y) const;
+    const room* room_at(int x, int y, int level = 0) const;
     const room& start_room() const;
     int exits_mask(const room& where) const;
 
@@ -106,6 +110,8 @@ public:
     void command_flash(const std::string& arguments);
     void command_config(const std::string& arguments);
     void walk(const direction& way);
+    // The room's exits, area and map block, then its description.
+    void describe(char map_direction, char trailer);
 
 private:
     enum session_stage { stage_name, stage_password, stage_playing, stage_done };
