@@ -108,8 +108,11 @@ void zorn_mw::reparent_automap() {
     automap_frame->Hide();
 }
 
+// Also redraws the panel: the title and the map follow the session.
 void zorn_mw::update_automap_visibility() {
     const LConfig& c = LConfig::instance();
+    automap->Refresh(false);
+    automap->renderer->Refresh(false);
     if (!c.get_automap_display()) {
         automap->Hide();
         automap_frame->Hide();
