@@ -59,15 +59,23 @@ bool zorn_mw::automap_tag(const char* name, const char* payload, int length) {
     return true;
 }
 
-// "on" or "off" for the direction buttons, then two letters of the exits mask.
+// "on" or "off" for the direction buttons, then two letters of the exits mask, 'A' to '`' each
+// (five bits); a code of other bytes leaves the mask as it was.
 // FIXME: the direction buttons take both words once they exist.
 void zorn_mw::tag_dirs(const char* payload) {
-    if (!word_equal(payload, "on") && !word_equal(payload, "off") && zorn_debug_level >= 2)
-        zorn_client_debug_printf("Warning in zorn_mw::process_tagged_data(), bad dirs string '%s'.\n", payload);
+    const auto warn = [payload] {
+        if (zorn_debug_level >= 2)
+            zorn_client_debug_printf("Warning in zorn_mw::process_tagged_data(), bad dirs string '%s'.\n", payload);
+    };
+    if (!word_equal(payload, "on") && !word_equal(payload, "off")) warn();
     const char* code = next_arg(payload);
     if (!code || !code[0] || !code[1] || code[1] == ' ') return;
-    const int mask = ((static_cast<unsigned char>(code[0]) - 65) * 32) | (static_cast<unsigned char>(code[1]) - 'A');
-    automap->set_exits_mask(mask);
+    const auto letter = [](char c) { return c >= 'A' && c <= '`'; };
+    if (!letter(code[0]) || !letter(code[1])) {
+        warn();
+        return;
+    }
+    automap->set_exits_mask(((code[0] - 65) * 32) | (code[1] - 'A'));
 }
 
 void zorn_mw::set_automap_display(int value) {

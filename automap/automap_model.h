@@ -17,6 +17,8 @@ constexpr int automap_player_cell = 11;
 constexpr int automap_queue_text_limit = 4079;
 // Every cell size is at least this.
 constexpr int automap_minimum_cell_size = 5;
+// And at most this, the largest automap_size setting.
+constexpr int automap_maximum_cell_size = 400;
 
 struct automap_cell {
     int terrain;

@@ -41,6 +41,8 @@ void zorn_automap_renderer::render_map() {
 }
 
 void zorn_automap_renderer::set_cell_size(int size) {
+    // The map's picture grows with the square of the size: 23 * 401 pixels square at most.
+    if (size > automap_maximum_cell_size) size = automap_maximum_cell_size;
     model.cell_size = (size < automap_minimum_cell_size ? automap_minimum_cell_size : size) | 1;
     resize();
     render_map();

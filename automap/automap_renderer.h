@@ -24,7 +24,7 @@ public:
     void render_map() override;
     void mark_repaint() override { Refresh(false); }
 
-    // Odd sizes only: an even one goes up by 1. At least 5.
+    // Odd sizes only: an even one goes up by 1. 5 to 401 (the setting's largest, made odd).
     void set_cell_size(int size);
     void zoom_in() { set_cell_size(model.cell_size + 2); }
     void zoom_out() { set_cell_size(model.cell_size - 2 < automap_minimum_cell_size ? automap_minimum_cell_size : model.cell_size - 2); }

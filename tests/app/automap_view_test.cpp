@@ -19,6 +19,7 @@
 #include "input/input_window.h"
 #include "testworld/map_area.h"
 #include "tests/support/gui_main.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/screen.h"
 #include "theme/builtin_images.h"
 #include "theme/font.h"
@@ -286,6 +287,25 @@ TEST_F(AutomapView, ConfigFlashTurnsTheMapOnAndFlashesItsBorder) {
     const zorn_rgb theme = zorn_current_button_theme->triple[zorn_triple_frame_outer];
     EXPECT_TRUE(pump_until([&] { return panel()->anim_count == 0 && border() == theme; }, 6000));
     EXPECT_TRUE(animation_contains(panel())) << "the panel stays on the animation list";
+}
+
+TEST_F(AutomapView, DirsGivesTheExitsMask) {
+    log_in();
+    const struct {
+        const char* payload;
+        int mask;
+        bool warned;
+    } rows[] = {{"on AB", 1, false},   {"off CV", 85, false}, {"ON H`", 255, false}, {"up QP", 527, true},
+                {"on", 527, false},    {"on A", 527, false},  {"", 527, true},        {"on A@", 527, true},
+                {"off ``", 1023, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.payload);
+        log_capture capture(2);
+        server(std::string(";sdirs;") + row.payload + ";edirs;");
+        EXPECT_EQ(model().exits_mask, row.mask);
+        EXPECT_EQ(capture.text() == "Warning in zorn_mw::process_tagged_data(), bad dirs string '" + std::string(row.payload) + "'.\n",
+                  row.warned) << capture.text();
+    }
 }
 
 TEST_F(AutomapView, TheCompassLightsUnderTheMouse) {
