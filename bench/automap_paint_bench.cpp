@@ -2,13 +2,11 @@
 // copied into the window's backing bitmap, and the compass's ten labels drawn in the main font.
 // Needs an X display (xvfb-run).
 
-#include <benchmark/benchmark.h>
-#include <wx/app.h>
 #include <wx/frame.h>
-#include <wx/init.h>
 
-#include <cstdio>
 #include <string>
+
+#include "bench/wx_bench_main.h"
 
 #include "automap/automap_renderer.h"
 #include "input/frame_link.h"
@@ -16,11 +14,6 @@
 #include "theme/font.h"
 
 namespace {
-
-class bench_app : public wxApp {
-public:
-    bool OnInit() override { return true; }
-};
 
 // A frame that says the player is logged in, so the map is drawn.
 class logged_in_link : public zorn_frame_link {
@@ -54,17 +47,4 @@ BENCHMARK(BM_slide_frame_painted)->Arg(15)->ArgNames({"cell_size"})->Unit(benchm
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    wxApp::SetInstance(new bench_app);
-    if (!wxEntryStart(argc, argv)) {
-        std::fprintf(stderr, "no X display: run under xvfb-run\n");
-        return 1;
-    }
-    wxTheApp->CallOnInit();
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    wxTheApp->OnExit();
-    wxEntryCleanup();
-    return 0;
-}
+int main(int argc, char** argv) { return run_wx_benchmarks(argc, argv); }
