@@ -9,8 +9,10 @@
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "panels/channel_window.h"
 #include "display/ansi_palette.h"
 #include "input/input_window.h"
+#include "panels/status_display.h"
 
 namespace {
 
@@ -72,7 +74,7 @@ void zorn_mw::run_client_command(const client_command_match& match) {
             refresh_text();
             break;
         case client_command::chanclear:
-            // FIXME: clear_all_channels once the channel window exists.
+            channel_window->clear_all_channels();
             refresh_text();
             break;
         case client_command::ping: send_ping(); break;
@@ -226,8 +228,14 @@ void zorn_mw::config_cmd_process(const char* text) {
             break;
         case config_panel::hint_buttons: c.set_hint_button_enable(on); break;
         case config_panel::fkey_buttons: c.set_fkey_button_display(on); break;
-        case config_panel::status_bar: c.set_hpbar_enable(on); break;
-        case config_panel::popup_buttons: c.set_popup_display(on); break;
+        case config_panel::status_bar:
+            c.set_hpbar_enable(on);
+            if (action == config_action::flash) status_display->start_flash();
+            break;
+        case config_panel::popup_buttons:
+            c.set_popup_display(on);
+            if (action == config_action::flash) popup_manager->flash_buttons();
+            break;
         case config_panel::main_window: main_display->flash_border(); break;
         case config_panel::input_window: input_window->flash_window(); break;
         case config_panel::direction_buttons: c.set_direction_button_enable(on); break;

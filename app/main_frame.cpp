@@ -3,6 +3,7 @@
 #include <wx/dcclient.h>
 #include <wx/font.h>
 #include <wx/icon.h>
+#include <wx/menu.h>
 #include <wx/pen.h>
 
 #include <algorithm>
@@ -24,6 +25,9 @@
 #include "automap/automap_renderer.h"
 #include "input/embedded_window.h"
 #include "input/input_window.h"
+#include "panels/channel_window.h"
+#include "panels/status_bar.h"
+#include "panels/status_display.h"
 #include "theme/builtin_images.h"
 #include "theme/font.h"
 #include "theme/theme.h"
@@ -82,6 +86,9 @@ wxBEGIN_EVENT_TABLE(zorn_mw, zorn_frame)
     EVT_PAINT(zorn_mw::repaint_handler)
     EVT_ERASE_BACKGROUND(zorn_mw::erase_handler)
     EVT_MOUSE_EVENTS(zorn_mw::mouse_handler)
+    EVT_MENU_RANGE(zorn_popup_menu_first_id, zorn_popup_menu_first_id + zorn_popup_menu_items - 1,
+                   zorn_mw::popup_menu_handler)
+    EVT_MENU(zorn_popup_menu_reset_id, zorn_mw::reset_positions_handler)
 wxEND_EVENT_TABLE()
 
 // Panels and dialogs of later subsystems join in the places their steps name.
@@ -97,6 +104,12 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
       input_window(nullptr),
       automap(nullptr),
       automap_frame(nullptr),
+      popup_manager(nullptr),
+      channel_window(nullptr),
+      popups_menu(nullptr),
+      popup_count(0),
+      status_display(nullptr),
+      status_bar(nullptr),
       tick_timer(this, zorn_tick_timer_id),
       ping_timer(this, zorn_ping_timer_id),
       autosave_timer(this, zorn_autosave_timer_id),
@@ -122,6 +135,13 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
                                          wxT("main input window"));
     main_display = new zorn_main_window(this, wxID_ANY);
     text_target = main_display;
+    popup_manager = new zorn_popup_manager(this, this);
+    channel_window = new zorn_channel_window(this);
+    build_menu_bar();
+    // Both strips stay hidden until a login shows them by the settings.
+    status_display = new zorn_status_display(this, wxID_ANY);
+    status_display->Show(false);
+    status_bar = new zorn_status_bar(this, wxID_ANY);
     create_automap();
 
     SetBackgroundColour(*wxBLACK);
@@ -148,6 +168,9 @@ void zorn_mw::connect_display_hooks() {
     hooks.open_url = [](const char* url) {
         if (zorn_mw* frame = zorn_main_frame()) frame->open_url(url);
     };
+    hooks.repaint_status_bar = [] {
+        if (zorn_mw* frame = zorn_main_frame()) frame->status_bar->Refresh(false);
+    };
     hooks.session_logged_in = [] {
         const zorn_mw* frame = zorn_main_frame();
         return frame && frame->session_state == session_logged_in;
@@ -158,6 +181,10 @@ zorn_mw::~zorn_mw() {
     tick_timer.Stop();
     ping_timer.Stop();
     autosave_timer.Stop();
+    // The popup windows go while the frame can still be told about their displays.
+    popup_manager->destroy_all();
+    delete popup_manager;
+    delete channel_window;
     zorn_set_frame_link(nullptr);
     if (zorn_get_config_listener() == this) zorn_set_config_listener(nullptr);
     if (main_frame == this) main_frame = nullptr;
@@ -207,8 +234,10 @@ void zorn_mw::OnTimer(wxTimerEvent&) {
 
 void zorn_mw::ping_handler(wxTimerEvent&) { send_ping(); }
 
-// FIXME: popup window positions are saved here first once popups exist.
-void zorn_mw::autosave_handler(wxTimerEvent&) { LConfig::instance().save_system_config_file(); }
+void zorn_mw::autosave_handler(wxTimerEvent&) {
+    popup_manager->save_window_positions();
+    LConfig::instance().save_system_config_file();
+}
 
 void zorn_mw::queue_message(const char* text) {
     pending_message.append(text);
@@ -233,7 +262,7 @@ void zorn_mw::OnResize(wxSizeEvent&) {
     Refresh(false);
 }
 
-// FIXME: the other panels are placed here as they join; the input window already is.
+// FIXME: the other panels are placed here as they join: button rows, group display, automap, channel window.
 void zorn_mw::layout_panels() {
     update_background(false);
     wxSize size = GetClientSize();
@@ -262,10 +291,23 @@ void zorn_mw::layout_panels() {
     s.channel_window_height = c.get_channel_window_height();
     in.logged_in = session_state == session_logged_in;
     const layout_result placed = compute_layout(in);
+    const layout_rect& bar = placed.status_bar;
+    if (bar.placed) status_bar->set_size(bar.x, bar.y, bar.width, bar.height);
+    // The status display's own size decides its gauges; the frame only places it.
+    status_display->border_mask = zorn_border_all;
+    status_display->set_flags(s.hpbar_enable, s.exp_display, s.enemy_hpbar_enable);
+    const layout_rect& status = placed.status_display;
+    if (status.placed) status_display->set_size(status.x, status.y, status.width, status.height);
     const layout_rect& r = placed.input_window;
     input_window->set_size(r.x, r.y, r.width, r.height);
     const layout_rect& m = placed.main_display;
     main_display->set_size(m.x, m.y, m.width, m.height);
+    const layout_rect& p = placed.popup_row;
+    if (p.placed) popup_manager->set_rect(p.x, p.y, p.width, p.height);
+    popup_manager->show(p.shown);
+    const layout_rect& ch = placed.channel_window;
+    if (ch.placed) channel_window->set_rect(ch.x, ch.y, ch.width, ch.height);
+    channel_window->show(ch.shown);
     const layout_rect& a = placed.automap;
     place_automap(a.placed, a.x, a.y, a.width, a.height);
     // A layout always brings the text back to its end.
@@ -281,10 +323,11 @@ void zorn_mw::update_background(bool force) {
                       *zorn_current_background_theme, force);
 }
 
-// FIXME: the channel window and popup manager take the font here as they join.
 void zorn_mw::refresh_main_font() {
     zorn_font* font = zorn_main_font();
     main_display->set_display_font(font);
+    channel_window->set_all_fonts(font);
+    popup_manager->change_font(font);
     input_window->line_edit.set_line_font();
     automap->renderer->Refresh(false);
     LConfig::instance().store_main_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
@@ -292,19 +335,27 @@ void zorn_mw::refresh_main_font() {
     Refresh(false);
 }
 
-// FIXME: the button rows, status panels and group display take the font here as they join.
+// FIXME: the button rows and group display take the font here as they join.
 void zorn_mw::refresh_button_font() {
+    status_display->force_resize();
+    status_bar->force_resize();
     zorn_font* font = zorn_button_font();
+    channel_window->change_theme();
+    channel_window->layout();
+    popup_manager->change_theme();
     LConfig::instance().store_button_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
     automap->Refresh(false);
     layout_panels();
     Refresh(false);
 }
 
-// FIXME: the button groups, popup manager, status display and channel window are told here as
-// they join.
+// FIXME: the button groups are told here as they join.
 void zorn_mw::refresh_themes(bool force) {
     switch_themes();
+    popup_manager->change_theme();
+    channel_window->change_theme();
+    status_display->Refresh(false);
+    status_bar->Refresh(false);
     if (force) update_background(true);
     automap->Refresh(false);
     layout_panels();
@@ -361,9 +412,10 @@ void zorn_mw::system_shutdown_handler() {
 
 void zorn_mw::verify_program_exit() { system_shutdown_handler(); }
 
-// FIXME: audio release and the popups' destroy_all join here.
+// FIXME: audio release joins here.
 void zorn_mw::exit_step() {
     log2("zorn_mw::shutdown - requested exit\n");
+    popup_manager->destroy_all();
     LConfig::instance().save_system_config_file();
     Destroy();
     log2("zorn_mw::shutdown - exit forced to prevent hang due to close dialogs.\n");
@@ -377,6 +429,7 @@ void zorn_mw::close_handler(wxCloseEvent& event) {
         verify_program_exit();
         return;
     }
+    popup_manager->destroy_all();
     LConfig::instance().save_system_config_file();
     Destroy();
 }

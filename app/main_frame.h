@@ -15,6 +15,7 @@
 #include "config/config_listener.h"
 #include "input/frame_link.h"
 #include "net/tcp_socket.h"
+#include "panels/popup_manager.h"
 
 class wxIcon;
 class wxFont;
@@ -27,6 +28,11 @@ class wxMouseEvent;
 class zorn_input_window;
 class zorn_main_window;
 class zorn_ansi_display;
+class zorn_channel_window;
+class wxMenu;
+class wxCommandEvent;
+class zorn_status_display;
+class zorn_status_bar;
 class zorn_automap_display;
 class zorn_automap_frame;
 
@@ -36,6 +42,14 @@ enum : int {
     session_creating = 1,
     session_logged_in = 2,
     session_logging_off = 3,
+};
+
+// Menu ids of the popup windows: one check item each, consecutive from the first.
+enum : int {
+    zorn_popup_menu_first_id = 94,
+    zorn_popup_menu_items = 16,
+    zorn_popup_menu_empty_id = 110,
+    zorn_popup_menu_reset_id = 111,
 };
 
 // Timer ids of the frame.
@@ -71,7 +85,8 @@ void zorn_set_frame_icon(const wxIcon& icon);
 class zorn_mw : public zorn_frame,
                public zorn_frame_link,
                public zorn_stream_sink,
-               public zorn_config_listener {
+               public zorn_config_listener,
+               public zorn_popup_host {
 public:
     zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const wxPoint& pos, const wxSize& size,
             long style);
@@ -90,6 +105,19 @@ public:
     bool main_has_selection() override;
     void main_clear_selection() override;
     int current_session_state() override { return session_state; }
+    bool channel_is_following() override;
+    void unlock_channel_scrollback() override;
+    void channel_clear_selection() override;
+    // Ctrl and a digit: popup window 1 to 10, while logged in.
+    void toggle_popup(int number) override;
+
+    // zorn_popup_host: the "&Popups" menu and the screen.
+    void add_popup_menu_item(zorn_popup_button* button) override;
+    void check_popup_menu_item(zorn_popup_button* button, bool checked) override;
+    void reset_popup_menu() override;
+    int screen_width() override;
+    int screen_height() override;
+    void popup_display_destroyed(zorn_ansi_display* display) override;
     void clipboard_set_text(const char* text) override;
     bool clipboard_get_text(std::string* text) override;
 
@@ -112,6 +140,10 @@ public:
     void send_client_status();
     // The lag meter's send step: "lnping" while logged in.
     void send_ping();
+    // The status display's tags: "hp", "enemyhp" (and the enemy half of "ncombat"), "xpp".
+    void set_hit_points(const char* payload);
+    void set_enemy(const char* payload);
+    void set_experience(const char* payload);
 
     // ---- Client commands (commands.cpp) ----
     void config_cmd_process(const char* text);
@@ -200,6 +232,13 @@ public:
     zorn_ansi_display* text_target;
     int saved_scroll_position;
     zorn_input_window* input_window;
+    zorn_popup_manager* popup_manager;
+    zorn_channel_window* channel_window;
+    wxMenu* popups_menu;
+    // Items in the "&Popups" menu.
+    int popup_count;
+    zorn_status_display* status_display;
+    zorn_status_bar* status_bar;
     zorn_automap_display* automap;
     zorn_automap_frame* automap_frame;
     wxTimer tick_timer;
@@ -240,6 +279,9 @@ private:
     void divert_text(const char* name, bool clear);
     void undivert_text();
     void unappend_text();
+    void build_menu_bar();
+    void popup_menu_handler(wxCommandEvent& event);
+    void reset_positions_handler(wxCommandEvent& event);
 
     void delayed_initialization();
     void OnTimer(wxTimerEvent& event);

@@ -12,6 +12,9 @@
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
 #include "input/input_window.h"
+#include "panels/channel_window.h"
+#include "panels/status_bar.h"
+#include "panels/status_display.h"
 
 namespace {
 
@@ -63,8 +66,8 @@ void zorn_mw::socket_connect(int port) {
     select_history_list(1);
 }
 
-// FIXME: the panels of later subsystems are reset here as they join: function keys, status bar
-// and display, group display, direction and hint buttons, popups.
+// FIXME: the panels of later subsystems are reset here as they join: function keys, group display,
+// direction and hint buttons.
 void zorn_mw::socket_disconnect(const char* reason) {
     socket.close();
     parser.set_state(zorn_stream_parser::plain_text);
@@ -74,6 +77,8 @@ void zorn_mw::socket_disconnect(const char* reason) {
     session_state = session_none;
     SetTitle(wxString::FromUTF8(zorn_frame_title));
     update_automap_visibility();
+    status_bar->reset();
+    status_display->reset();
 
     main_display->reset_colors();
     for (const char* part : {"\n", "\n", reason, "\n", "\n", "To log in again, type '"}) print_message(part);
@@ -85,6 +90,7 @@ void zorn_mw::socket_disconnect(const char* reason) {
     refresh_text();
 
     automap->reset();
+    popup_manager->destroy_all();
     layout_panels();
     Refresh(false);
 }
@@ -129,17 +135,26 @@ void zorn_mw::process_socket_data(const unsigned char* bytes, int length) { pars
 
 void zorn_mw::begin_block() {
     main_display->ansi.text_received = 0;
-    // FIXME: the channel window's begin_text_block once it exists.
+    channel_window->begin_text_block();
 }
 
 void zorn_mw::end_block() {
     if (main_display->ansi.text_received) refresh_text();
-    // FIXME: the channel window's end_text_block once it exists.
+    channel_window->end_text_block();
 }
 
-// FIXME: with channel_divert_active the run goes to the channel window first, once it exists;
-// until then nothing sets the flag.
-void zorn_mw::text_run(const char* bytes, int length) { text_target->add_ansi_text(bytes, length); }
+// Chat goes to its tab, and to the main text as well unless the channel window shows it and the
+// player doesn't want it twice.
+void zorn_mw::text_run(const char* bytes, int length) {
+    if (!channel_divert_active) {
+        text_target->add_ansi_text(bytes, length);
+        return;
+    }
+    channel_window->display_socket_data(bytes, length);
+    const LConfig& config = LConfig::instance();
+    if (config.get_channel_window_enable() && !config.get_channel_window_dupe()) return;
+    main_display->add_ansi_text(bytes, length);
+}
 
 void zorn_mw::tagged_data(const char* name, const char* payload, int length) {
     process_tagged_data(name, payload, length);

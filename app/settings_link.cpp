@@ -5,6 +5,8 @@
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
 #include "input/input_window.h"
+#include "panels/status_bar.h"
+#include "panels/status_display.h"
 #include "theme/font.h"
 
 namespace {
@@ -65,12 +67,27 @@ void zorn_mw::switch_layout() {
 // painted background rebuilt.
 void zorn_mw::apply_theme(zorn_theme_part part) { refresh_themes(part == zorn_theme_part::background); }
 
-// FIXME: the status bar, sky bar, status display, group display and channel window take these
-// over as they join; until then the layout is all that follows.
-void zorn_mw::show_status_bar(bool) { layout_and_refresh(); }
-void zorn_mw::show_sky_bar(bool) {}
-void zorn_mw::set_status_display_flag(zorn_setting, int) {}
-void zorn_mw::show_status_display(bool) { layout_and_refresh(); }
+void zorn_mw::show_status_bar(bool show) {
+    status_bar->Show(show);
+    layout_and_refresh();
+}
+
+void zorn_mw::show_sky_bar(bool show) { status_bar->sky_bar->Show(show); }
+
+void zorn_mw::set_status_display_flag(zorn_setting key, int value) {
+    zorn_status_display& d = *status_display;
+    const int on = value != 0;
+    if (key == zorn_setting_hpbar_enable) d.set_flags(on, d.show_exp_bar, d.show_enemy_bar);
+    if (key == zorn_setting_exp_display) d.set_flags(d.show_hp_bars, on, d.show_enemy_bar);
+    if (key == zorn_setting_enemy_hpbar_enable) d.set_flags(d.show_hp_bars, d.show_exp_bar, on);
+}
+
+void zorn_mw::show_status_display(bool show) {
+    status_display->Show(show);
+    layout_and_refresh();
+}
+
+// FIXME: the group display and channel window take these over as they join.
 void zorn_mw::hide_group_display() {}
 void zorn_mw::set_channel_window_enable(int) { layout_and_refresh(); }
 

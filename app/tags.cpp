@@ -10,6 +10,9 @@
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "panels/channel_window.h"
+#include "panels/status_bar.h"
+#include "panels/status_display.h"
 
 namespace {
 
@@ -40,19 +43,35 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
     } else if (std::strcmp(name, "unappend") == 0) {
         unappend_text();
     } else if (automap_tag(name, payload, length)) {
+    } else if (std::strcmp(name, "chdiv") == 0) {
+        channel_window->set_divert_channel(payload);
+        channel_divert_active = 1;
+    } else if (std::strcmp(name, "chudiv") == 0) {
+        channel_window->clear_divert_channel();
+        channel_divert_active = 0;
+    } else if (std::strcmp(name, "window_create") == 0) {
+        popup_manager->create_window(payload);
+    } else if (std::strcmp(name, "hp") == 0) {
+        set_hit_points(payload);
+    } else if (std::strcmp(name, "enemyhp") == 0) {
+        set_enemy(payload);
+    } else if (std::strcmp(name, "xpp") == 0) {
+        set_experience(payload);
     } else if (std::strcmp(name, "ncombat") == 0) {
         automap->set_combat(false);
-        // FIXME: then the enemy is cleared, as "enemyhp" with an empty payload, once the status
-        // display exists.
+        set_enemy("");
+    } else if (std::strcmp(name, "skystate") == 0) {
+        status_bar->update_sky_display(payload);
+    } else if (std::strcmp(name, "icons") == 0) {
+        status_bar->set_icons(payload);
     } else if (std::strcmp(name, "config") == 0) {
         config_cmd_process(payload);
     } else if (std::strcmp(name, "sound") == 0) {
         // FIXME: parse_audio_tag once the soundpack exists; with audio off the tag is ignored.
         if (LConfig::instance().get_system_audio()) no_handler(name);
     } else {
-        // FIXME: enemyhp, group, xpp, hp, bclear,
-        // window_create, chdiv, chudiv, skystate, icons, and the numbered button tags "bf<n>" and
-        // "b<n>" (tested last, so "bclear" never reaches them) join with their panels.
+        // FIXME: group, bclear, and the numbered button tags "bf<n>" and "b<n>" (tested last, so
+        // "bclear" never reaches them) join with their panels.
         no_handler(name);
     }
 }
@@ -67,8 +86,12 @@ void zorn_mw::tag_login(const char* payload, int length) {
     session_state = session_logged_in;
     select_history_list(2);
     update_automap_visibility();
-    // FIXME: function keys, status bar, sky bar and status display follow the
-    // settings here once those panels exist.
+    // FIXME: the function keys follow the settings here once they exist.
+    const LConfig& c = LConfig::instance();
+    status_bar->Show(c.get_status_bar() != 0);
+    status_bar->sky_bar->Show(c.get_sky_bar() != 0);
+    status_display->Show(c.get_hpbar_enable() || c.get_exp_display() || c.get_enemy_hpbar_enable());
+    status_display->set_flags(c.get_hpbar_enable(), c.get_exp_display(), c.get_enemy_hpbar_enable());
     leave_password_mode();
     layout_panels();
     Refresh(false);
@@ -83,8 +106,10 @@ void zorn_mw::tag_event(const char* payload) {
         return;
     }
     if (std::strcmp(payload, "lnpong") == 0) {
+        // A pong with no ping sent measures nothing.
+        if (ping_sent_time == 0) return;
         last_ping_ms = static_cast<int>((zorn_gettimeofday_useconds() - ping_sent_time) / 1000);
-        // FIXME: add_ping_sample on the status bar, which shows the average, once it exists.
+        status_bar->add_ping_sample(last_ping_ms);
         if (zorn_debug_level >= 3) zorn_client_debug_printf("zorn_mw - lag sample %d ms.\n", last_ping_ms);
     } else if (std::strcmp(payload, "newcreate") == 0) {
         session_state = session_creating;
@@ -95,8 +120,16 @@ void zorn_mw::tag_event(const char* payload) {
     }
 }
 
-// FIXME: the popup manager's find_display; until popup windows exist no name is found.
-void zorn_mw::divert_text(const char* /*name*/, bool /*clear*/) {
+// "divert" replaces a popup window's text with what follows, "append" adds to it.
+void zorn_mw::divert_text(const char* name, bool clear) {
+    if (zorn_ansi_display* display = popup_manager->find_display(name)) {
+        text_target = display;
+        if (clear) {
+            display->suspend_updates();
+            display->clear_display();
+        }
+        return;
+    }
     text_target = main_display;
     main_display->reset_colors();
     print_message("\n");
@@ -124,6 +157,33 @@ void zorn_mw::send_ping() {
     if (session_state != session_logged_in) return;
     send_line("lnping");
     ping_sent_time = zorn_gettimeofday_useconds();
+}
+
+void zorn_mw::set_hit_points(const char* payload) { status_display->store_hit_points(payload ? payload : ""); }
+
+void zorn_mw::set_enemy(const char* payload) {
+    const LConfig& c = LConfig::instance();
+    // "ncombat" comes often with nothing to clear; only a real change is drawn.
+    const bool had_enemy =
+        status_display->enemy_percent != -1 || std::strcmp(status_display->enemy_name.c_str(), zorn_no_enemy_name) != 0;
+    switch (status_display->store_enemy(payload ? payload : "")) {
+        case zorn_enemy_update::cleared:
+            if (c.get_enemy_hpbar_enable()) {
+                if (had_enemy) status_display->Refresh(false);
+            } else if (status_display->show_enemy_bar) {
+                status_display->set_flags(status_display->show_hp_bars, status_display->show_exp_bar, 0);
+            }
+            return;
+        case zorn_enemy_update::no_name: return;
+        case zorn_enemy_update::same:
+        case zorn_enemy_update::changed: break;
+    }
+    const bool any = c.get_enemy_hpbar_enable() || c.get_hpbar_enable() || c.get_exp_display();
+    if (status_display->IsShown() != any) status_display->Show(any);
+}
+
+void zorn_mw::set_experience(const char* payload) {
+    status_display->store_experience(payload ? payload : "", LConfig::instance().get_exp_display() != 0);
 }
 
 void zorn_mw::send_client_status() {

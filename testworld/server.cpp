@@ -34,7 +34,8 @@ namespace {
 
 constexpr int handshake_timeout_ms = 10000;
 constexpr int stall_timeout_ms = 30000;
-constexpr int idle_poll_ms = 1000;
+// Also the pace of the world's tick: fight rounds and the game clock's hours.
+constexpr int idle_poll_ms = 100;
 constexpr int connection_limit = 256;
 constexpr int listen_backlog = 64;
 
@@ -113,6 +114,9 @@ void serve_world(shared_state& shared, tls_connection& connection) {
     for (;;) {
         const std::string posted = connection.take_posted();
         if (!posted.empty() && !connection.write_all(posted, stall_timeout_ms)) return;
+        player.tick(game_clock::now());
+        const std::string ticked = player.take_output();
+        if (!ticked.empty() && !connection.write_all(ticked, stall_timeout_ms)) return;
         std::string line;
         const int result = connection.read_line(&line, idle_poll_ms);
         if (result < 0) return;

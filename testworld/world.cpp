@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
+#include <cstdlib>
 
 #include "testworld/map_area.h"
 #include "testworld/wire.h"
@@ -26,30 +28,46 @@ struct popup_row {
 };
 const popup_row popup_table[] = {
     {"Inventory", "What you carry", "40 10", "inventory", ""},
-    {"Journal", "Your journal", "50 12", "", "noscroll"},
+    {"Score", "Your score", "50 8", "score", "nowrap noscroll"},
+    {"Spells", "Your spells", "30 12", "spells", "menuonly"},
+    {"Log", "Your log", "50 12", "", "noscroll"},
 };
+
+// The bot on the chat channels: it answers every channel message, on both channels.
+constexpr const char* bot_name = "Wren";
+// Most windows a "popups" command defines.
+constexpr int popups_limit = 40;
 
 // Without arguments, "flash" fades the text background from black to a dark red in 4 ticks and back
 // in 30: the payload is the start colour, then pairs of colour and ticks.
 constexpr const char* default_flash = "000000 B00000 4 000000 30";
 constexpr const char* default_config = "automap flash";
 
-// The grid, row by row from the north; y grows to the south.
+// The grid, row by row from the north; y grows to the south. The sky: "110" outdoors and clear,
+// "111" outdoors and overcast, "010" indoors with a view of the sky, "000" no sky at all.
 const room room_table[] = {
-    {"Old Watchtower", "A ruined tower leans over the north-west corner of the village.", 0, 0},
-    {"North Road", "The road runs north out of the village between two stone walls.", 1, 0},
-    {"Orchard", "Apple trees stand in crooked rows, heavy with fruit.", 2, 0},
-    {"Smithy", "Heat rolls from the forge; a hammer rings somewhere behind it.", 0, 1},
-    {"Village Square", "Lanterns hang on ropes across the square around an old well.", 1, 1},
-    {"Market Row", "Empty stalls line the street; the traders are long gone home.", 2, 1},
-    {"Mill Pond", "Reeds grow thick around a still pond by the silent mill.", 0, 2},
-    {"South Gate", "A wooden gate closes the village to the south.", 1, 2},
-    {"Chapel Garden", "Moss covers the stones of a small walled garden.", 2, 2},
-    {"Watchtower Top", "Wind tugs at you on the broken battlements high above the village.", 0, 0, 1},
+    {"Old Watchtower", "A ruined tower leans over the north-west corner of the village; the sky shows through its "
+                       "broken roof.", 0, 0, "010", 4},
+    {"North Road", "The road runs north out of the village between two stone walls.", 1, 0, "110", 2},
+    {"Orchard", "Apple trees stand in crooked rows, heavy with fruit.", 2, 0, "110", 3},
+    {"Smithy", "Heat rolls from the forge; a hammer rings somewhere behind it.", 0, 1, "000", 1},
+    {"Village Square", "Lanterns hang on ropes across the square around an old well.", 1, 1, "110", 1},
+    {"Market Row", "Empty stalls line the street under a low grey sky.", 2, 1, "111", 1},
+    {"Mill Pond", "Reeds grow thick around a still pond by the silent mill.", 0, 2, "110", 5},
+    {"South Gate", "A wooden gate closes the village to the south.", 1, 2, "110", 2},
+    {"Chapel Garden", "Moss covers the stones of a small walled garden; clouds hang over it.", 2, 2, "111", 3},
+    {"Watchtower Top", "Wind tugs at you on the broken battlements high above the village.", 0, 0, "110", 4, 1},
 };
 
 // The zone of each level, sent as the area name.
 const char* const zone_names[] = {"Ember Vale", "Watchtower Heights"};
+
+constexpr const char* dummy_name = "the training dummy";
+constexpr int dummy_blow = 20;     // percent of the dummy's health each round
+constexpr int dummy_damage = 2;    // hit points it takes from the player each round
+constexpr int kill_experience = 150;
+// A second, smaller experience value, drawn over the first in the client's bar.
+constexpr int bonus_experience = 120;
 
 const std::vector<direction> direction_table = {
     {"north", "n", 0, -1, 1, 0, 0, 'A'},
@@ -105,11 +123,28 @@ const command_row command_table[] = {
     {"popup", nullptr, &session::command_popup},
     {"flash", nullptr, &session::command_flash},
     {"config", nullptr, &session::command_config},
+    {"score", nullptr, &session::command_score},
+    {"spells", nullptr, &session::command_spells},
+    {"gossip", nullptr, &session::command_gossip},
+    {"ooc", nullptr, &session::command_ooc},
+    {"popups", nullptr, &session::command_popups},
+    {"kill", "k", &session::command_kill},
+    {"time", nullptr, &session::command_time},
+    {"sleep", nullptr, &session::command_sleep},
+    {"wake", nullptr, &session::command_wake},
+    {"wield", nullptr, &session::command_wield},
+    {"remove", nullptr, &session::command_remove},
 };
 
 std::string window_create(const popup_row& row) {
     return tag("window_create", std::string(row.name) + "\n" + row.title + "\n" + row.size + "\n" + row.command +
                                     "\n" + row.flags + "\n");
+}
+
+// A line of chat: between the channel's divert tag and the end of the diversion.
+std::string channel_line(const char* channel, const std::string& speaker, const std::string& text) {
+    return tag("chdiv", channel) + "[" + channel + "] " + colored(speaker, sgr_cyan, true) + ": " + text + "\r\n" +
+           single_tag("chudiv");
 }
 
 // Text for a popup window: between the divert (or append) tag and its end tag.
@@ -120,6 +155,14 @@ std::string diverted(const char* start, const char* end, const std::string& wind
 }  // namespace
 
 const std::vector<direction>& directions() { return direction_table; }
+
+std::string clock_text(int minute) {
+    const int hour = minute / 60 % 24;
+    const int twelve = hour % 12 == 0 ? 12 : hour % 12;
+    char text[16];
+    std::snprintf(text, sizeof text, "%d:%02d %s", twelve, minute % 60, hour < 12 ? "am" : "pm");
+    return text;
+}
 
 std::string exits_code(int mask) {
     std::string code;
@@ -177,6 +220,12 @@ std::vector<std::string> world::names_in_room(const room* where, int except_id) 
     return names;
 }
 
+void world::tell_all(int except_id, const std::string& bytes) const {
+    std::lock_guard<std::mutex> lock(mutex);
+    for (const player& p : players)
+        if (p.id != except_id) p.deliver(bytes);
+}
+
 void world::tell_room(const room* where, int except_id, const std::string& bytes) const {
     std::lock_guard<std::mutex> lock(mutex);
     for (const player& p : players)
@@ -204,7 +253,12 @@ std::string session::take_output() {
 
 void session::send_text(const std::string& text) { output += escape_text(text); }
 
-void session::prompt() { output += "\r\n> "; }
+// Every prompt carries the character's numbers, as the game does.
+void session::prompt() {
+    output += tag("hp", std::to_string(hp) + " " + std::to_string(max_hp) + " " + std::to_string(mana) + " " +
+                            std::to_string(max_mana) + " " + std::to_string(move) + " " + std::to_string(max_move));
+    output += "\r\n> ";
+}
 
 void session::handle_line(const std::string& raw_line) {
     std::string line = raw_line;
@@ -231,7 +285,19 @@ bool session::handle_client_line(const std::string& line) {
         output += tag("event", "lnpong");
         return true;
     }
+    if (starts_with(line, "lnlwindow open ")) {
+        window_opened(line.substr(std::string("lnlwindow open ").size()));
+        return true;
+    }
     return starts_with(line, "lnlstatus ") || starts_with(line, "lnlwindow ");
+}
+
+// An opened window is filled at once; the others wait for their commands.
+void session::window_opened(const std::string& window) {
+    if (stage != stage_playing) return;
+    if (window == "Inventory") output += diverted("divert", "undivert", "Inventory", inventory_text());
+    else if (window == "Score") output += diverted("divert", "undivert", "Score", score_text());
+    else if (window == "Spells") output += diverted("divert", "undivert", "Spells", spells_text());
 }
 
 void session::handle_name(const std::string& line) {
@@ -263,6 +329,8 @@ void session::handle_password(const std::string& line) {
     game->enter(session_id, name, where, deliver);
     output += tag("login", name);
     for (const popup_row& row : popup_table) output += window_create(row);
+    send_icons();
+    output += tag("xpp", std::to_string(experience));
     output += "Welcome, " + colored(name, sgr_yellow, true) + ".\r\n\r\n";
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " arrives.\r\n");
     command_look("");
@@ -307,6 +375,7 @@ void session::describe(char map_direction, char trailer) {
     const int map_x = where->level == 0 ? where->x + map_village_offset : 0;
     const int map_y = where->level == 0 ? where->y + map_village_offset : 0;
     output += tag("map", map_block(map_x, map_y, where->level, map_direction, trailer));
+    send_sky(game_clock::now());
     output += colored(where->name, sgr_white, true) + "\r\n";
     send_text(std::string(where->description) + "\r\n");
     std::vector<std::string> exits;
@@ -326,7 +395,13 @@ void session::walk(const direction& way) {
         prompt();
         return;
     }
+    if (asleep) {
+        send_text("You are asleep.\r\n");
+        prompt();
+        return;
+    }
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " leaves " + way.name + ".\r\n");
+    if (move > 0) move--;
     where = target;
     game->move(session_id, where);
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " arrives.\r\n");
@@ -366,18 +441,75 @@ void session::command_help(const std::string& /*arguments*/) {
     send_text("Commands: north (n), east (e), south (s), west (w), northeast (ne) and the other diagonals, "
               "up (u) and down (d) at the watchtower, look (l), say <text> (' <text>), who, "
               "quit.\r\n");
-    send_text("Client tests: inventory (i) fills a popup window, note <text> adds to the journal window, "
-              "popup <name> writes into any window, flash [colours] flashes the text, config [words] "
-              "switches a panel (default: automap flash).\r\n");
+    send_text("Client tests: inventory (i), score and spells fill popup windows, note <text> adds to the log "
+              "window, popup <name> writes into any window, popups <n> defines n more windows, gossip <text> and "
+              "ooc <text> talk on the channels, flash [colours] flashes the text, config [words] switches a panel "
+              "(default: automap flash), kill (k) fights the training dummy, time <minute> sets the clock, sleep, "
+              "wake, wield, remove.\r\n");
     prompt();
 }
 
-void session::command_inventory(const std::string& /*arguments*/) {
+std::string session::inventory_text() const {
     std::string contents = colored("You are carrying:", sgr_white, true) + "\r\n";
     contents += "  a brass lantern (lit)\r\n";
     contents += "  a loaf of bread\r\n";
     contents += "  " + colored("12 gold coins", sgr_yellow) + "\r\n";
-    output += diverted("divert", "undivert", "Inventory", contents);
+    return contents;
+}
+
+// A line wider than the window, for a window that doesn't wrap.
+std::string session::score_text() const {
+    return colored(name + " of Ember Vale", sgr_white, true) + "\r\n" +
+           "Level 3   Hit points 120/150   Gold 12   Quests done: the lost lantern, the mill wheel, the chapel bell\r\n";
+}
+
+std::string session::spells_text() const {
+    return colored("Spells you know:", sgr_white, true) + "\r\n  light\r\n  mend\r\n  " +
+           colored("spark", sgr_red) + "\r\n";
+}
+
+void session::command_score(const std::string& /*arguments*/) {
+    output += diverted("divert", "undivert", "Score", score_text());
+    prompt();
+}
+
+void session::command_spells(const std::string& /*arguments*/) {
+    output += diverted("divert", "undivert", "Spells", spells_text());
+    prompt();
+}
+
+void session::command_gossip(const std::string& arguments) { channel_message("gossip", arguments); }
+void session::command_ooc(const std::string& arguments) { channel_message("ooc", arguments); }
+
+// Everyone hears a channel, the speaker too; the bot then answers on both channels.
+void session::channel_message(const char* channel, const std::string& arguments) {
+    if (arguments.empty()) {
+        send_text(std::string("Say what on ") + channel + "?\r\n");
+        prompt();
+        return;
+    }
+    const std::string said = channel_line(channel, name, escape_text(sanitize_player_text(arguments)));
+    const std::string answer = channel_line("gossip", bot_name, "Well met, " + escape_text(name) + ".") +
+                               channel_line("ooc", bot_name, "(the bot is listening on both channels)");
+    output += said + answer;
+    game->tell_all(session_id, "\r\n" + said + answer);
+    prompt();
+}
+
+// "popups N": N more windows, "Window 1" to "Window N", to try the client's limits.
+void session::command_popups(const std::string& arguments) {
+    const int count = std::max(0, std::min(std::atoi(arguments.c_str()), popups_limit));
+    for (int i = 1; i <= count; i++) {
+        const std::string number = std::to_string(i);
+        const std::string window = "Window " + number;
+        output += tag("window_create", window + "\nNumbered window " + number + "\n20 4\n\n\n");
+    }
+    send_text(std::to_string(count) + " windows defined.\r\n");
+    prompt();
+}
+
+void session::command_inventory(const std::string& /*arguments*/) {
+    output += diverted("divert", "undivert", "Inventory", inventory_text());
     send_text("You look through your pack.\r\n");
     prompt();
 }
@@ -388,8 +520,8 @@ void session::command_note(const std::string& arguments) {
         prompt();
         return;
     }
-    output += diverted("append", "unappend", "Journal", escape_text(sanitize_player_text(arguments)) + "\r\n");
-    send_text("You write it down in your journal.\r\n");
+    output += diverted("append", "unappend", "Log", escape_text(sanitize_player_text(arguments)) + "\r\n");
+    send_text("You write it down in your log.\r\n");
     prompt();
 }
 
@@ -416,6 +548,133 @@ void session::command_flash(const std::string& arguments) {
 void session::command_config(const std::string& arguments) {
     output += tag("config", arguments.empty() ? default_config : sanitize_player_text(arguments));
     prompt();
+}
+
+void session::command_kill(const std::string& /*arguments*/) {
+    if (fighting()) {
+        send_text("You are already fighting!\r\n");
+    } else if (asleep) {
+        send_text("You dream of battle.\r\n");
+    } else {
+        dummy_health = 100;
+        next_round = game_clock::now() + round_interval;
+        output += single_tag("combat");
+        output += tag("enemyhp", "100 " + std::string(dummy_name));
+        send_text("You attack " + std::string(dummy_name) + "!\r\n");
+    }
+    prompt();
+}
+
+void session::fight_round() {
+    dummy_health -= dummy_blow;
+    hp = hp > dummy_damage ? hp - dummy_damage : 1;
+    output += "\r\n";
+    if (dummy_health > 0) {
+        output += tag("enemyhp", std::to_string(dummy_health) + " " + dummy_name);
+        send_text("You hit " + std::string(dummy_name) + ". It creaks and swings back at you.\r\n");
+    } else {
+        dummy_health = 0;
+        experience = std::min(experience + kill_experience, 1000);
+        output += single_tag("ncombat");
+        output += tag("xpp", std::to_string(experience) + " " + std::to_string(bonus_experience));
+        send_text("The training dummy falls apart! You feel more experienced.\r\n");
+    }
+    prompt();
+}
+
+void session::command_time(const std::string& arguments) {
+    char* end = nullptr;
+    const long minute = std::strtol(arguments.c_str(), &end, 10);
+    if (arguments.empty() || *end || minute < 0 || minute >= 1440) {
+        send_text("The time of day runs from minute 0 to 1439.\r\n");
+        prompt();
+        return;
+    }
+    const game_clock::time_point now = game_clock::now();
+    clock_minute = static_cast<int>(minute);
+    clock_start = now;
+    send_sky(now);
+    send_text("The time is now " + clock_text(clock_minute) + ".\r\n");
+    prompt();
+}
+
+void session::command_sleep(const std::string& /*arguments*/) {
+    if (asleep) {
+        send_text("You are already asleep.\r\n");
+    } else {
+        asleep = true;
+        send_icons();
+        send_text("You lie down and fall asleep.\r\n");
+    }
+    prompt();
+}
+
+void session::command_wake(const std::string& /*arguments*/) {
+    if (!asleep) {
+        send_text("You are already awake.\r\n");
+    } else {
+        asleep = false;
+        send_icons();
+        send_text("You wake and stand up.\r\n");
+    }
+    prompt();
+}
+
+void session::command_wield(const std::string& /*arguments*/) {
+    if (wielding) {
+        send_text("You already wield a wooden sword.\r\n");
+    } else {
+        wielding = true;
+        send_icons();
+        send_text("You wield a wooden sword.\r\n");
+    }
+    prompt();
+}
+
+void session::command_remove(const std::string& /*arguments*/) {
+    if (!wielding) {
+        send_text("You are not wielding anything.\r\n");
+    } else {
+        wielding = false;
+        send_icons();
+        send_text("You stop wielding the wooden sword.\r\n");
+    }
+    prompt();
+}
+
+// Icon 0: not wielding anything; icon 1: asleep.
+void session::send_icons() {
+    std::string icons = "00000";
+    icons[0] = wielding ? '0' : '1';
+    icons[1] = asleep ? '1' : '0';
+    output += tag("icons", icons);
+}
+
+int session::minute_at(game_clock::time_point now) const {
+    const long long seconds = std::chrono::duration_cast<std::chrono::seconds>(now - clock_start).count();
+    return static_cast<int>((clock_minute + seconds % 1440 + 1440) % 1440);
+}
+
+std::string session::sky_state(game_clock::time_point now) const {
+    if (!where) return "";
+    const int minute = minute_at(now);
+    return std::string(where->sky) + " " + std::to_string(where->terrain) + " " + std::to_string(minute) + " " +
+           clock_text(minute);
+}
+
+void session::send_sky(game_clock::time_point now) {
+    if (!where) return;
+    output += tag("skystate", sky_state(now));
+    hour_sent = minute_at(now) / 60;
+}
+
+void session::tick(game_clock::time_point now) {
+    if (stage != stage_playing) return;
+    if (fighting() && now >= next_round) {
+        next_round = now + round_interval;
+        fight_round();
+    }
+    if (minute_at(now) / 60 != hour_sent) send_sky(now);
 }
 
 }  // namespace testworld

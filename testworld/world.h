@@ -7,9 +7,16 @@
 // Adding a feature (maps, groups, channels) means a row in the command table of world.cpp and,
 // where it needs shared state, a member of world behind its mutex.
 //
-// Two popup windows are defined at each login: "Inventory", filled by diverting ("inventory", also
-// the window's own command), and "Journal", added to by appending ("note TEXT").
+// Four popup windows are defined at each login: "Inventory", "Score" (no wrap, no scrollbar) and
+// "Spells" (menu only), each filled by diverting when the client opens it and by its own command, and
+// "Log", added to by appending ("note TEXT"). "gossip" and "ooc" are chat channels, with a bot that
+// answers on both.
+//
+// Each session keeps a game clock that runs one game minute per real second ("time N" sets it)
+// and a training dummy to fight ("kill"): the fight's rounds and the clock's hours arrive through
+// tick(), which the connection calls whenever it has nothing to read.
 
+#include <chrono>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -22,8 +29,16 @@ struct room {
     const char* description;
     int x;
     int y;
+    // The first field of "skystate": outdoors, sky visible, overcast.
+    const char* sky;
+    int terrain;
     int level = 0;  // 1: above the village, reached by "up" from the watchtower
 };
+
+using game_clock = std::chrono::steady_clock;
+
+// The minute of the day as the game clock shows it: "%d:%02d am" or "pm", 12 for hour 0.
+std::string clock_text(int minute);
 
 // Offsets of the compass directions a player can walk.
 struct direction {
@@ -60,6 +75,8 @@ public:
     void move(int id, const room* where);
     std::vector<std::string> player_names() const;
     std::vector<std::string> names_in_room(const room* where, int except_id) const;
+    // Sends bytes to every player but one.
+    void tell_all(int except_id, const std::string& bytes) const;
     // Sends bytes to every player in the room but one.
     void tell_room(const room* where, int except_id, const std::string& bytes) const;
 
@@ -109,9 +126,29 @@ public:
     void command_popup(const std::string& arguments);
     void command_flash(const std::string& arguments);
     void command_config(const std::string& arguments);
+    void command_score(const std::string& arguments);
+    void command_spells(const std::string& arguments);
+    void command_gossip(const std::string& arguments);
+    void command_ooc(const std::string& arguments);
+    void command_popups(const std::string& arguments);
+    void command_kill(const std::string& arguments);
+    void command_time(const std::string& arguments);
+    void command_sleep(const std::string& arguments);
+    void command_wake(const std::string& arguments);
+    void command_wield(const std::string& arguments);
+    void command_remove(const std::string& arguments);
     void walk(const direction& way);
     // The room's exits, area and map block, then its description.
     void describe(char map_direction, char trailer);
+
+    // Time passes: a fight round every round_interval, a "skystate" at each new game hour.
+    void tick(game_clock::time_point now);
+    // The game clock's minute of the day at that time.
+    int minute_at(game_clock::time_point now) const;
+    // Only while playing: the room's sky and the time, as "skystate" carries them.
+    std::string sky_state(game_clock::time_point now) const;
+    bool fighting() const { return dummy_health > 0; }
+    static constexpr std::chrono::milliseconds round_interval{400};
 
 private:
     enum session_stage { stage_name, stage_password, stage_playing, stage_done };
@@ -121,7 +158,16 @@ private:
     void handle_password(const std::string& line);
     void handle_command(const std::string& line);
     void prompt();
+    void window_opened(const std::string& window);
+    void channel_message(const char* channel, const std::string& arguments);
+    std::string inventory_text() const;
+    std::string score_text() const;
+    std::string spells_text() const;
     void send_text(const std::string& text);
+
+    void send_sky(game_clock::time_point now);
+    void send_icons();
+    void fight_round();
 
     world* game;
     int session_id;
@@ -131,6 +177,17 @@ private:
     std::string identification;
     const room* where = nullptr;
     std::string output;
+    // The character's numbers, sent in "hp" with every prompt.
+    int hp = 142, max_hp = 150, mana = 87, max_mana = 120, move = 110, max_move = 110;
+    int experience = 300;  // tenths of a percent towards the next level
+    bool wielding = false;
+    bool asleep = false;
+    int dummy_health = 0;  // percent; 0: no fight
+    game_clock::time_point next_round;
+    // The clock stood at clock_minute at clock_start.
+    int clock_minute = 600;
+    game_clock::time_point clock_start = game_clock::now();
+    int hour_sent = -1;
 };
 
 }  // namespace testworld

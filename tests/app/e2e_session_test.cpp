@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <wx/uiaction.h>
 
+#include <algorithm>
 #include <cstring>
 #include <regex>
 #include <string>
@@ -15,10 +16,17 @@
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "input/input_window.h"
+#include <wx/menu.h>
+#include <wx/uiaction.h>
+
+#include "panels/channel_window.h"
+#include "panels/status_bar.h"
+#include "panels/status_display.h"
 #include "tests/app/e2e_support.h"
 #include "tests/app/e2e_world.h"
 #include "tests/net/net_test_support.h"
 #include "tests/support/gui_main.h"
+#include "tests/theme/pixels.h"
 
 namespace {
 
@@ -181,6 +189,139 @@ TEST_F(EndToEnd, ServerTagsReachTheClient) {
     EXPECT_TRUE(shown("Sorry, no popup window by that name has been defined."));
     EXPECT_EQ(frame->text_target, frame->main_display);
 }
+
+TEST_F(EndToEnd, StatusStripsFollowTheWorld) {
+    log_in("Fighter");
+    zorn_status_display* d = frame->status_display;
+    zorn_status_bar* bar = frame->status_bar;
+    ASSERT_TRUE(pump_until([&] { return d->hp == 142 && !bar->clock_text.empty(); }, 5000));
+    EXPECT_TRUE(d->IsShown());
+    EXPECT_TRUE(bar->IsShown());
+    EXPECT_TRUE(bar->sky_bar->IsShown());
+    EXPECT_EQ(std::vector<int>({d->max_hp, d->mana, d->max_mana, d->move, d->max_move}),
+              std::vector<int>({150, 87, 120, 110, 110}));
+    EXPECT_EQ(d->xp[0], 300);
+    EXPECT_EQ(bar->icon_on[0], 1);
+    EXPECT_EQ(bar->clock_colour, zorn_rgb(192, 192, 192));
+
+    // The clock as the world sets it, and the sky of the rooms walked through.
+    ASSERT_TRUE(e2e::type_line(frame, "time 720"));
+    ASSERT_TRUE(pump_until([&] { return bar->clock_text.c_str() == std::string("12:00 pm"); }, 5000))
+        << bar->clock_text.c_str();
+    EXPECT_EQ(bar->sky_bar->current_minute, 720);
+    ASSERT_TRUE(e2e::type_line(frame, "s"));
+    ASSERT_TRUE(e2e::type_line(frame, "e"));
+    ASSERT_TRUE(shown("Chapel Garden"));
+    EXPECT_TRUE(pump_until([&] { return bar->sky_bar->overcast == 1 && d->move == 108; }, 5000));
+    EXPECT_EQ(bar->sky_bar->GetToolTipText(), wxT("It is cloudy and overcast."));
+
+    // A fight: the enemy's falling health, then experience when it falls.
+    ASSERT_TRUE(e2e::type_line(frame, "kill"));
+    ASSERT_TRUE(pump_until([&] { return std::string(d->enemy_name.c_str()) == "the training dummy"; }, 5000));
+    EXPECT_TRUE(pump_until([&] { return d->enemy_percent > 0 && d->enemy_percent <= 60; }, 5000));
+    ASSERT_TRUE(pump_until([&] { return d->xp[0] == 450; }, 5000));
+    EXPECT_EQ(d->xp[1], 120);
+    EXPECT_STREQ(d->enemy_name.c_str(), "(no enemy)");
+    EXPECT_EQ(d->enemy_percent, -1);
+    EXPECT_TRUE(pump_until([&] { return d->hp == 132; }, 5000));
+
+    // The numbers on the screen: the hit point gauge's fill and the experience bar's first layer.
+    int before = d->repaints;
+    d->Refresh(false);
+    ASSERT_TRUE(pump_until([&] { return d->repaints > before; }));
+    zorn_bitmap& b = *d->backing_bitmap;
+    const int fill = status_gauge_fill(132, 150, d->bar_width);
+    EXPECT_EQ(pixel_at(b, d->hp_x, d->bar_y), zorn_rgb(255, 32, 32));
+    EXPECT_EQ(pixel_at(b, d->hp_x - 1 + fill, d->bar_y), zorn_rgb(0, 0, 0));
+    EXPECT_EQ(pixel_at(b, d->exp_x + status_gauge_fill(450, 1000, d->bar_width) - 1, d->enemy_bar_y + 1),
+              zorn_rgb(48, 0, 48));
+
+    // The ping timer's line comes back as a lag figure within a few seconds.
+    frame->ping_timer.Notify();
+    EXPECT_TRUE(pump_until([&] { return bar->ping_count == 1; }, 5000));
+    EXPECT_GE(bar->ping_average, 0);
+    EXPECT_LT(bar->ping_average, 5000);
+
+    // After a disconnect both strips are hidden and hold nothing of the session.
+    ASSERT_TRUE(e2e::type_line(frame, "//disconnect"));
+    ASSERT_TRUE(pump_until([&] { return frame->session_state == session_none; }, 5000));
+    EXPECT_FALSE(d->IsShown());
+    EXPECT_FALSE(bar->IsShown());
+    EXPECT_EQ(std::vector<int>({d->hp, d->max_hp, d->mana, d->max_mana, d->move, d->max_move, d->xp[0]}),
+              std::vector<int>({-1, 1, -1, 1, -1, 1, 0}));
+    EXPECT_EQ(bar->ping_count, 0);
+    EXPECT_STREQ(bar->clock_text.c_str(), "");
+    EXPECT_EQ(bar->icon_on[0], 0);
+    EXPECT_EQ(bar->clock_colour, zorn_rgb(191, 191, 191));
+}
+
+// The popup windows the world defines at login: a click opens one and the world hears exactly
+// which, then the window's own command; the title bar's close box tells it too.
+TEST_F(EndToEnd, PopupWindowsTellTheWorldWhenTheyOpenAndClose) {
+    log_in("Popper");
+    zorn_popup_manager& popups = *frame->popup_manager;
+    ASSERT_TRUE(pump_until([&] { return popups.find_window("Log") != nullptr; }, 5000));
+    EXPECT_EQ(frame->popup_count, 4);
+    EXPECT_NE(popups.find_window("Spells")->controller, popups.buttons) << "menu-only windows have no place in the row";
+    zorn_popup_window* inventory = popups.find_window("Inventory");
+    zorn_popup_button* button = inventory->controller;
+    wxUIActionSimulator mouse;
+    const wxRect r = button->GetScreenRect();
+    mouse.MouseMove(r.x + r.width / 2, r.y + r.height / 2);
+    pump_for(20);
+    mouse.MouseClick();
+    ASSERT_TRUE(server_got("inventory"));
+    const std::vector<std::string> lines = received();
+    const auto open = std::find(lines.begin(), lines.end(), "lnlwindow open Inventory");
+    ASSERT_NE(open, lines.end());
+    ASSERT_NE(open + 1, lines.end());
+    EXPECT_EQ(*(open + 1), "inventory") << "the window's command follows its opening";
+    EXPECT_TRUE(inventory->IsShown());
+    EXPECT_TRUE(frame->popups_menu->IsChecked(button->menu_id));
+    EXPECT_TRUE(pump_until([&] {
+        return inventory->display->textctrl->model.raw_text().find("You are carrying:") != std::string::npos;
+    }));
+    EXPECT_EQ(e2e::shown_text(frame).find("You are carrying:"), std::string::npos) << "not in the main text";
+
+    inventory->Close();
+    EXPECT_TRUE(server_got("lnlwindow close Inventory"));
+    EXPECT_FALSE(inventory->IsShown());
+    EXPECT_FALSE(frame->popups_menu->IsChecked(button->menu_id));
+    EXPECT_EQ(button->button_state, zorn_button_up);
+
+    // A disconnect takes the windows and the menu's items; their places stay with the character.
+    inventory->Move(210, 160);
+    pump_for(30);
+    ASSERT_TRUE(e2e::type_line(frame, "//disconnect"));
+    EXPECT_EQ(popups.buttons, nullptr);
+    EXPECT_EQ(frame->popup_count, 0);
+    ASSERT_TRUE(LConfig::instance().save_system_config_file());
+    const std::string character =
+        net_test::read_file(e2e::world().home() + "/.config/EmberVale/char_configs/Popper.cfg");
+    EXPECT_NE(character.find("<name>Inventory</name>"), std::string::npos) << character;
+    EXPECT_NE(character.find("<x>210</x>"), std::string::npos) << character;
+}
+
+// Chat from the world and its bot lands in tabs, both channels lit until looked at.
+TEST_F(EndToEnd, ChannelChatFromTheWorldLandsInTabs) {
+    LConfig::instance().set_channel_window_enable(1);
+    LConfig::instance().set_channel_window_dupe(0);
+    log_in("Chatter");
+    ASSERT_TRUE(e2e::type_line(frame, "gossip anyone awake?"));
+    zorn_channel_window& channels = *frame->channel_window;
+    ASSERT_TRUE(pump_until([&] { return channels.find_channel("ooc") != nullptr; }, 5000));
+    const auto text_of = [&](const char* name) {
+        return channels.find_channel(name)->display->textctrl->model.raw_text();
+    };
+    EXPECT_TRUE(pump_until([&] { return text_of("ooc").find("listening on both channels") != std::string::npos; }));
+    EXPECT_NE(text_of("gossip").find("anyone awake?"), std::string::npos);
+    EXPECT_NE(text_of("gossip").find("Well met, Chatter."), std::string::npos);
+    EXPECT_NE(text_of("(all)").find("Well met, Chatter."), std::string::npos);
+    EXPECT_EQ(e2e::shown_text(frame).find("Well met, Chatter."), std::string::npos);
+    EXPECT_EQ(channels.find_channel("gossip")->button->button_state, zorn_button_down);
+    EXPECT_EQ(channels.find_channel("ooc")->button->button_state, zorn_button_down);
+    EXPECT_TRUE(channels.find_channel("(all)")->button->IsShown());
+    LConfig::instance().set_channel_window_enable(0);
 
 // Walking against the world: each move's map slides into place, a wall bumps the map, and a
 // click on the map's compass reaches the world as the direction word, echoed like a typed line.

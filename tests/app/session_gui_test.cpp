@@ -9,11 +9,17 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
+
+#include <wx/uiaction.h>
 
 #include "app/main_frame.h"
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "input/input_window.h"
+#include "panels/status_bar.h"
+#include "panels/status_display.h"
 #include "tests/support/gui_main.h"
 #include "tests/support/log_capture.h"
 #include "theme/builtin_images.h"
@@ -202,3 +208,135 @@ TEST_F(Session, DebugFileCommandKeepsALogWheneverItCan) {
     EXPECT_TRUE(said("\nUnable to open logfile.  Please try again with a different name/path.\n"));
     zorn_client_set_debug_logfile_name(nullptr);
 }
+
+TEST_F(Session, StatusTagsReachBothStripsAndUnchangedOnesPaintNothing) {
+    zorn_status_display* d = frame->status_display;
+    zorn_status_bar* bar = frame->status_bar;
+    EXPECT_FALSE(d->IsShown());
+    EXPECT_FALSE(bar->IsShown());
+    server(";tlogin;");
+    EXPECT_TRUE(d->IsShown());
+    EXPECT_TRUE(bar->IsShown());
+    EXPECT_TRUE(bar->sky_bar->IsShown());
+    EXPECT_EQ(d->GetSize().GetHeight(), 42);  // enemy row and gauge row
+    EXPECT_EQ(d->border_mask, 15);
+
+    const std::string prompt = ";shp;120 150 80 90 100 110;ehp;;sxpp;300 900 100;expp;;senemyhp;40 an orc;eenemyhp;"
+                               ";sicons;10100;eicons;;sskystate;110 3 720 12:00 pm;eskystate;> ";
+    server(prompt);
+    EXPECT_EQ(std::vector<int>({d->hp, d->max_hp, d->mana, d->max_mana, d->move, d->max_move}),
+              std::vector<int>({120, 150, 80, 90, 100, 110}));
+    EXPECT_EQ(std::vector<int>(d->xp, d->xp + 3), std::vector<int>({900, 300, 100}));
+    EXPECT_STREQ(d->enemy_name.c_str(), "an orc");
+    EXPECT_EQ(bar->icon_on[2], 1);
+    EXPECT_STREQ(bar->clock_text.c_str(), "12:00 pm");
+    EXPECT_EQ(bar->sky_bar->current_minute, 720);
+    pump_for(150);
+    const int display_paints = d->repaints, bar_paints = bar->repaints, sky_paints = bar->sky_bar->repaints;
+    ASSERT_GT(display_paints, 0);
+    std::string flood;
+    for (int i = 0; i < 2000; ++i) flood += prompt;
+    server(flood);
+    pump_for(150);
+    EXPECT_EQ(d->repaints, display_paints);
+    EXPECT_EQ(bar->repaints, bar_paints);
+    EXPECT_EQ(bar->sky_bar->repaints, sky_paints);
+
+    // Five numbers store five and paint nothing.
+    server(";shp;1 2 3 4 5;ehp;");
+    pump_for(100);
+    EXPECT_EQ(d->repaints, display_paints);
+    EXPECT_EQ(d->move, 5);
+    EXPECT_EQ(d->max_move, 110);
+
+    // The end of combat clears the enemy; //icons sets icons as the server would.
+    server(";tncombat;");
+    EXPECT_STREQ(d->enemy_name.c_str(), "(no enemy)");
+    EXPECT_EQ(d->enemy_percent, -1);
+    frame->process_user_command("//icons 01001", 1);
+    EXPECT_EQ(std::vector<int>(bar->icon_on, bar->icon_on + 5), std::vector<int>({0, 1, 0, 0, 1}));
+    server(";ticons;");
+    EXPECT_EQ(std::vector<int>(bar->icon_on, bar->icon_on + 5), std::vector<int>({0, 0, 0, 0, 0}));
+
+    // With the enemy bar off an empty enemyhp clears the display's enemy flag.
+    LConfig::instance().set_enemy_hpbar_enable(0);
+    d->show_enemy_bar = 1;
+    server(";tenemyhp;");
+    EXPECT_EQ(d->show_enemy_bar, 0);
+
+    // The ping answer goes into the bar's average.
+    frame->send_ping();
+    frame->ping_sent_time -= 120000;
+    server(";sevent;lnpong;eevent;");
+    EXPECT_EQ(bar->ping_count, 1);
+    EXPECT_GE(bar->ping_average, 120);
+
+    // The server flashes the hit point bars on.
+    LConfig::instance().set_hpbar_enable(0);
+    server(";sconfig;status_bar flash;econfig;");
+    EXPECT_EQ(LConfig::instance().get_hpbar_enable(), 1);
+    EXPECT_EQ(d->show_hp_bars, 1);
+    EXPECT_TRUE(animation_contains(d));
+    EXPECT_EQ(d->anim_count, 16);
+
+    // A disconnect resets both and hides them.
+    frame->socket_disconnect("Disconnecting.");
+    EXPECT_FALSE(d->IsShown());
+    EXPECT_FALSE(bar->IsShown());
+    EXPECT_EQ(d->hp, -1);
+    EXPECT_EQ(d->xp[0], 0);
+    EXPECT_EQ(bar->ping_count, 0);
+    EXPECT_STREQ(bar->clock_text.c_str(), "");
+}
+
+TEST_F(Session, BadStatusPayloadsGiveDefaultsAndLogLines) {
+    zorn_status_display* d = frame->status_display;
+    zorn_status_bar* bar = frame->status_bar;
+    server(";tlogin;;sskystate;111 2 600 10:00 am;eskystate;");
+    const std::string huge(14999, '7');
+    log_capture log(2);
+    // The longest payloads first (their numbers overflow as atoi has it), then letters, missing
+    // fields and missing payloads, whose defaults stay.
+    const std::string rows[] = {
+        ";shp;" + huge + ";ehp;",         ";sxpp;" + huge + ";expp;",     ";senemyhp;" + huge + ";eenemyhp;",
+        ";sicons;" + huge + ";eicons;",   ";sskystate;110 3 " + huge + ";eskystate;",
+        ";shp;abc def ghi jkl mno pqr;ehp;", ";thp;",                   ";sxpp;x y z;expp;",
+        ";senemyhp;abc;eenemyhp;",        ";tskystate;",                  ";sskystate;abc;eskystate;",
+        ";sskystate;110 3 9999 late;eskystate;", ";sevent;lnpong;eevent;", ";sicons;1;eicons;",
+    };
+    for (const std::string& row : rows) server(row);
+    EXPECT_EQ(std::vector<int>({d->hp, d->max_hp, d->mana, d->max_mana, d->move, d->max_move}),
+              std::vector<int>({0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(std::vector<int>(d->xp, d->xp + 8), std::vector<int>(8, 0));
+    EXPECT_EQ(d->enemy_percent, 0);
+    EXPECT_STREQ(d->enemy_name.c_str(), "(no enemy)");
+    EXPECT_EQ(std::vector<int>(bar->icon_on, bar->icon_on + 5), std::vector<int>({1, 0, 0, 0, 0}));
+    EXPECT_EQ(bar->ping_count, 0) << "a pong with no ping sent measures nothing";
+    EXPECT_STREQ(bar->clock_text.c_str(), "10:00 am");
+    EXPECT_EQ(bar->sky_bar->current_minute, 600);
+    const std::string text = log.text();
+    EXPECT_NE(text.find("zorn_status_bar::update_sky_display() - bad value for terrain field.\n"), std::string::npos);
+    EXPECT_NE(text.find("zorn_status_bar::update_sky_display() - bad value for current_minute.\n"), std::string::npos);
+    EXPECT_EQ(frame->session_state, session_logged_in);
+    // The parser and the status strips still work.
+    server(";shp;1 2 3 4 5 6;ehp;");
+    EXPECT_EQ(d->max_move, 6);
+}
+
+TEST_F(Session, CtrlPTogglesTheHitPointBars) {
+    server(";tlogin;");
+    zorn_status_display* d = frame->status_display;
+    const int before = LConfig::instance().get_hpbar_enable();
+    zorn_line_edit& editor = frame->input_window->line_edit;
+    frame->Raise();
+    editor.SetFocus();
+    wxUIActionSimulator keys;
+    keys.MouseMove(editor.GetScreenRect().GetPosition() + wxPoint(8, editor.GetSize().GetHeight() / 2));
+    pump_for(30);
+    keys.Char('p', wxMOD_CONTROL);
+    ASSERT_TRUE(pump_until([&] { return LConfig::instance().get_hpbar_enable() != before; }));
+    EXPECT_EQ(d->show_hp_bars, !before);
+    // Without the gauge row the display shrinks to one row (the enemy's).
+    EXPECT_EQ(d->GetSize().GetHeight(), before ? 21 : 42);
+}
+

@@ -97,7 +97,7 @@ TEST_F(SystemConfig, IdentityFromTheServerSurvivesARestart) {
 // and the leaves behind it in the file are still read.
 TEST_F(SystemConfig, IdentityWithUnusualBytesSurvivesEveryRestart) {
     config.load_system_config();
-    const std::string identity = "ab\tc\xe9d&e0123456789abcdef0123456789";
+    const std::string identity = "ab\tc\xe9" "d&e0123456789abcdef0123456789";
     config.set_uuid(identity.c_str());
     config.set_server_host("127.0.0.1:4000");
     ASSERT_TRUE(config.save_system_config_file());

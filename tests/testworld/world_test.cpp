@@ -81,7 +81,9 @@ TEST(TestworldSession, BannerPasswordModeThenLogin) {
     EXPECT_TRUE(contains(reply, ";smap;@")) << "the map round the start, without a slide";
     EXPECT_TRUE(contains(reply, "Village Square"));
     EXPECT_TRUE(contains(reply, ";swindow_create;Inventory\nWhat you carry\n40 10\ninventory\n\n;ewindow_create;"));
-    EXPECT_TRUE(contains(reply, ";swindow_create;Journal\nYour journal\n50 12\n\nnoscroll\n;ewindow_create;"));
+    EXPECT_TRUE(contains(reply, ";swindow_create;Score\nYour score\n50 8\nscore\nnowrap noscroll\n;ewindow_create;"));
+    EXPECT_TRUE(contains(reply, ";swindow_create;Spells\nYour spells\n30 12\nspells\nmenuonly\n;ewindow_create;"));
+    EXPECT_TRUE(contains(reply, ";swindow_create;Log\nYour log\n50 12\n\nnoscroll\n;ewindow_create;"));
     EXPECT_LT(reply.find(";slogin;Anna;elogin;"), reply.find(";swindow_create;"))
         << "windows belong to the logged-in player";
     EXPECT_EQ(game.player_names(), std::vector<std::string>{"Anna"});
@@ -177,7 +179,8 @@ TEST(TestworldSession, ClientLinesAreAnsweredAtEveryStage) {
         EXPECT_EQ(p.line("lnlwindow close map"), "");
         p.line(next_stage);
     }
-    EXPECT_EQ(p.line("lnping "), "\r\nHuh? Type 'help' for the commands.\r\n\r\n> ") << "only the exact line is a ping";
+    EXPECT_EQ(p.line("lnping "), "\r\nHuh? Type 'help' for the commands.\r\n;shp;142 150 87 120 110 110;ehp;\r\n> ")
+        << "only the exact line is a ping";
 }
 
 // What the client-feature commands put on the wire: the tags, and the text around them.
@@ -193,7 +196,7 @@ TEST(TestworldSession, ClientFeatureCommands) {
          ";sdivert;Inventory;edivert;\x1b[1m\x1b[37mYou are carrying:\x1b[0m\r\n  a brass lantern (lit)\r\n"
          "  a loaf of bread\r\n  \x1b[33m12 gold coins\x1b[0m\r\n;tundivert;You look through your pack.\r\n"},
         {"note buy rope; and oil",
-         ";sappend;Journal;eappend;buy rope;; and oil\r\n;tunappend;You write it down in your journal.\r\n"},
+         ";sappend;Log;eappend;buy rope;; and oil\r\n;tunappend;You write it down in your log.\r\n"},
         {"note", "Write what?\r\n"},
         {"popup a;b", ";sdivert;a,b;edivert;This text was written for the window a;;b.\r\n;tundivert;"},
         {"popup", "Which window?\r\n"},
@@ -201,6 +204,15 @@ TEST(TestworldSession, ClientFeatureCommands) {
         {"FLASH ff0000 000000 x", ";sevent;colorflash ff0000 000000 x;eevent;"},
         {"config", ";sconfig;automap flash;econfig;"},
         {"config hint_buttons disable", ";sconfig;hint_buttons disable;econfig;"},
+        {"spells", ";sdivert;Spells;edivert;\x1b[1m\x1b[37mSpells you know:\x1b[0m\r\n  light\r\n"},
+        {"gossip hi; all",
+         ";schdiv;gossip;echdiv;[gossip] \x1b[1m\x1b[36mAnna\x1b[0m: hi;; all\r\n;tchudiv;"
+         ";schdiv;gossip;echdiv;[gossip] \x1b[1m\x1b[36mWren\x1b[0m: Well met, Anna.\r\n;tchudiv;"
+         ";schdiv;ooc;echdiv;[ooc] \x1b[1m\x1b[36mWren\x1b[0m: (the bot is listening on both channels)\r\n;tchudiv;"},
+        {"ooc", "Say what on ooc?\r\n"},
+        {"popups 2",
+         ";swindow_create;Window 1\nNumbered window 1\n20 4\n\n\n;ewindow_create;"
+         ";swindow_create;Window 2\nNumbered window 2\n20 4\n\n\n;ewindow_create;2 windows defined.\r\n"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.command);
@@ -209,6 +221,10 @@ TEST(TestworldSession, ClientFeatureCommands) {
         EXPECT_EQ(reply.substr(reply.size() - 4), "\r\n> ");
     }
     EXPECT_TRUE(contains(p.line("help"), "inventory (i)"));
+    // Opening a window fills it at once; closing it, or opening one the world doesn't know, is quiet.
+    EXPECT_EQ(p.line("lnlwindow open Score").rfind(";sdivert;Score;edivert;", 0), 0u);
+    EXPECT_EQ(p.line("lnlwindow close Score"), "");
+    EXPECT_EQ(p.line("lnlwindow open Log"), "");
 }
 
 TEST(TestworldSession, RandomBytesNeverBreakASession) {
@@ -226,6 +242,83 @@ TEST(TestworldSession, RandomBytesNeverBreakASession) {
     if (p.link.finished()) return;  // the bytes happened to spell "quit"
     EXPECT_EQ(p.line("lnping"), ";sevent;lnpong;eevent;");
     EXPECT_TRUE(contains(p.line("look"), "Exits:"));
+}
+
+// The status tags: numbers with every prompt, icons, experience, the sky and the game clock.
+TEST(TestworldSession, StatusTagsAndTheGameClock) {
+    world game;
+    player p(&game, 1);
+    const std::string login = p.log_in("Anna");
+    EXPECT_TRUE(contains(login, ";sicons;10000;eicons;"));
+    EXPECT_TRUE(contains(login, ";sxpp;300;expp;"));
+    EXPECT_TRUE(contains(login, ";sskystate;110 1 60")) << "the square's sky, about ten in the morning";
+    EXPECT_TRUE(contains(login, ";shp;142 150 87 120 110 110;ehp;\r\n> "));
+
+    // Walking costs a point of movement and brings the new room's sky.
+    std::string reply = p.line("w");
+    EXPECT_TRUE(contains(reply, "Smithy"));
+    EXPECT_TRUE(contains(reply, ";sskystate;000 1 "));
+    EXPECT_TRUE(contains(reply, ";shp;142 150 87 120 109 110;ehp;"));
+    EXPECT_TRUE(contains(p.line("n"), ";sskystate;010 4 "));
+
+    // The clock: set, refused, and an hour later on its own.
+    reply = p.line("time 720");
+    EXPECT_TRUE(contains(reply, ";sskystate;010 4 720 12:00 pm;eskystate;"));
+    EXPECT_TRUE(contains(reply, "The time is now 12:00 pm."));
+    EXPECT_TRUE(contains(p.line("time 1440"), "runs from minute 0 to 1439"));
+    EXPECT_TRUE(contains(p.line("time x"), "runs from minute 0 to 1439"));
+    const game_clock::time_point now = game_clock::now();
+    p.link.tick(now + std::chrono::seconds(30));
+    EXPECT_EQ(p.link.take_output(), "") << "still the same hour";
+    p.link.tick(now + std::chrono::seconds(61));
+    EXPECT_EQ(p.link.take_output(), ";sskystate;010 4 781 1:01 pm;eskystate;");
+    EXPECT_EQ(p.link.minute_at(now + std::chrono::seconds(1440 + 61)), 781);
+
+    // Conditions as icons: icon 0 while nothing is wielded, icon 1 while asleep.
+    const struct {
+        const char* command;
+        const char* icons;  // null: no icons tag
+    } rows[] = {{"wield", "00000"}, {"wield", nullptr}, {"sleep", "01000"}, {"sleep", nullptr},
+                {"wake", "00000"},  {"remove", "10000"}, {"remove", nullptr}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.command);
+        reply = p.line(row.command);
+        if (row.icons)
+            EXPECT_TRUE(contains(reply, std::string(";sicons;") + row.icons + ";eicons;")) << reply;
+        else
+            EXPECT_FALSE(contains(reply, ";sicons;")) << reply;
+    }
+
+    const struct {
+        int minute;
+        const char* text;
+    } times[] = {{0, "12:00 am"}, {59, "12:59 am"}, {720, "12:00 pm"}, {780, "1:00 pm"}, {1439, "11:59 pm"}};
+    for (const auto& t : times) EXPECT_EQ(clock_text(t.minute), t.text);
+}
+
+TEST(TestworldSession, TheTrainingDummyFightsUntilItFalls) {
+    world game;
+    player p(&game, 1);
+    p.log_in("Anna");
+    std::string reply = p.line("kill dummy");
+    EXPECT_TRUE(contains(reply, ";tcombat;;senemyhp;100 the training dummy;eenemyhp;")) << reply;
+    EXPECT_TRUE(contains(p.line("kill"), "already fighting"));
+    game_clock::time_point now = game_clock::now();
+    std::string rounds;
+    for (int round = 0; round < 8 && p.link.fighting(); ++round) {
+        now += session::round_interval;
+        p.link.tick(now);
+        rounds += p.link.take_output();
+    }
+    EXPECT_FALSE(p.link.fighting());
+    for (const char* step : {"80", "60", "40", "20"})
+        EXPECT_TRUE(contains(rounds, std::string(";senemyhp;") + step + " the training dummy;eenemyhp;")) << step;
+    EXPECT_TRUE(contains(rounds, ";tncombat;;sxpp;450 120;expp;"));
+    EXPECT_TRUE(contains(rounds, ";shp;132 150 "));
+    EXPECT_TRUE(contains(rounds, "The training dummy falls apart!"));
+    now += std::chrono::seconds(5);
+    p.link.tick(now);
+    EXPECT_FALSE(contains(p.link.take_output(), "enemyhp"));
 }
 
 }  // namespace
