@@ -322,6 +322,7 @@ TEST_F(EndToEnd, ChannelChatFromTheWorldLandsInTabs) {
     EXPECT_EQ(channels.find_channel("ooc")->button->button_state, zorn_button_down);
     EXPECT_TRUE(channels.find_channel("(all)")->button->IsShown());
     LConfig::instance().set_channel_window_enable(0);
+}
 
 // Walking against the world: each move's map slides into place, a wall bumps the map, and a
 // click on the map's compass reaches the world as the direction word, echoed like a typed line.
