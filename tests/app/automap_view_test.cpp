@@ -16,6 +16,7 @@
 #include "automap/automap_renderer.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "display/textctrl.h"
 #include "input/input_window.h"
 #include "testworld/map_area.h"
 #include "tests/support/gui_main.h"
@@ -328,9 +329,20 @@ TEST_F(AutomapView, TheCompassLightsUnderTheMouse) {
     // Without the exit the hot arrow turns red.
     server(";sdirs;on AE;edirs;");
     EXPECT_TRUE(pump_until([&] { return at_shaft() == zorn_rgb(64, 32, 32); }));
-    // The centre walks nowhere, and leaving takes the compass away.
+    // A click in the top right corner walks up, exit or not: the server answers it. The centre
+    // walks nowhere.
+    LConfig::instance().set_local_echo(1);
+    keys.MouseMove(origin + wxPoint(v - 3, 3));
+    ASSERT_TRUE(pump_until([&] { return renderer()->hover_direction == 10; }));
+    keys.MouseClick();
+    const auto echoed = [&] { return frame->main_display->textctrl->model.raw_text(); };
+    EXPECT_TRUE(pump_until([&] { return echoed().find(">up<") != std::string::npos; })) << echoed();
     keys.MouseMove(origin + wxPoint(m, m));
     EXPECT_TRUE(pump_until([&] { return renderer()->hover_direction == 0; }));
+    const size_t before = echoed().size();
+    keys.MouseClick();
+    pump_for(50);
+    EXPECT_EQ(echoed().size(), before) << "nothing sent from the centre";
     keys.MouseMove(frame->GetScreenPosition() + wxPoint(600, 100));
     EXPECT_TRUE(pump_until([&] { return !renderer()->mouse_inside; }));
     EXPECT_TRUE(screen_shows_the_map());
