@@ -11,7 +11,7 @@
 #include <cstring>
 
 #include "app/automap_frame.h"
-#include "app/browser.h"
+#include "base/boot.h"
 #include "app/layout.h"
 #include "base/threads.h"
 #include "base/words.h"
