@@ -9,7 +9,10 @@
 #include <map>
 #include <string>
 
+#include "app/automap_frame.h"
 #include "app/dialogs.h"
+#include "automap/automap_display.h"
+#include "automap/automap_renderer.h"
 #include "app/main_frame.h"
 #include "app/menus.h"
 #include "config/debug_log.h"
@@ -150,17 +153,20 @@ void zorn_mw::menu_handler(wxCommandEvent& event) {
         case zorn_menu_smaller_font: change_main_font_size(-1); return;
         case zorn_menu_change_font: choose_font(false); return;
         case zorn_menu_change_button_font: choose_font(true); return;
+        case zorn_menu_automap:
+            set_automap_display(config.get_automap_display() ? 0 : 1);
+            sync_menu_item(zorn_setting_automap_display, config.get_automap_display());
+            return;
         case zorn_menu_docked_map:
-            if (!config.get_automap_display()) config.set_automap_display(1);
-            config.set_automap_docked(config.get_automap_docked() ? 0 : 1);
+            toggle_automap_docked();
+            sync_menu_item(zorn_setting_automap_display, config.get_automap_display());
             sync_menu_item(zorn_setting_automap_docked, config.get_automap_docked());
-            switch_layout();
             return;
         case zorn_menu_big_map: set_automap_cell_size(15); return;
         case zorn_menu_medium_map: set_automap_cell_size(11); return;
         case zorn_menu_small_map: set_automap_cell_size(7); return;
-        case zorn_menu_increase_map: zoom_automap(1); return;
-        case zorn_menu_decrease_map: zoom_automap(-1); return;
+        case zorn_menu_increase_map: automap_larger(); return;
+        case zorn_menu_decrease_map: automap_smaller(); return;
         case zorn_menu_keyboard_shortcuts: print_keyboard_list(); return;
         case zorn_menu_basic_commands: in_game_help("help"); return;
         case zorn_menu_more_commands: in_game_help("help me"); return;
@@ -248,10 +254,10 @@ void zorn_mw::choose_font(bool button_font) {
     }
 }
 
-// FIXME: the automap takes the cell size and the zoom steps once it exists; until then the map
-// items only lay the frame out again.
-void zorn_mw::set_automap_cell_size(int) { layout_and_refresh(); }
-void zorn_mw::zoom_automap(int) { layout_and_refresh(); }
+void zorn_mw::set_automap_cell_size(int size) {
+    automap->set_scale(size);
+    layout_and_refresh();
+}
 
 // "&Save Logfile": the messages go to the main display after the file is written, so they are
 // only in the next export.
