@@ -42,6 +42,8 @@ class zorn_status_display;
 class zorn_status_bar;
 class zorn_automap_display;
 class zorn_automap_frame;
+class zorn_screen_reader;
+struct layout_rect;
 
 // How far the player is; says nothing of the socket.
 enum : int {
@@ -117,6 +119,8 @@ public:
     void channel_clear_selection() override;
     // Ctrl and a digit: popup window 1 to 10, while logged in.
     void toggle_popup(int number) override;
+    void speech_silence() override;
+    void speech_repeat() override;
 
     // zorn_popup_host: the "&Popups" menu and the screen.
     void add_popup_menu_item(zorn_popup_button* button) override;
@@ -273,8 +277,15 @@ public:
     int connection_seen;
     // The last lag sample in milliseconds, -1 before the first.
     int last_ping_ms;
+    // Null while the screen_reader setting is off (screen_reader_link.cpp).
+    zorn_screen_reader* screen_reader;
 
 private:
+    // The screen reader follows its setting; placed, it takes a strip at the foot of main_area.
+    void screen_reader_sync();
+    void place_screen_reader(layout_rect* main_area);
+    void screen_reader_text(const char* bytes, int length);
+    void screen_reader_tick();
     void connect_display_hooks();
     void create_automap();
     bool automap_tag(const char* name, const char* payload, int length);
