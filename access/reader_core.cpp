@@ -33,7 +33,10 @@ void zorn_reader_lines::feed(const char* bytes, int length) {
 }
 
 void zorn_reader_lines::set_channel(const char* name) {
-    std::string next = name ? std::string(name, strnlen(name, max_channel_bytes)) : std::string();
+    // The name comes from a tag: only its printable bytes lead a line.
+    std::string next;
+    for (const char* p = name; p && *p && next.size() < max_channel_bytes; ++p)
+        if (*p >= 32 && *p < 127) next += *p;
     if (next == channel) return;
     if (!current.empty()) end_line(false);
     open_continues = false;
