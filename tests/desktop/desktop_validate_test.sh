@@ -12,9 +12,9 @@ trap 'rm -rf "$tmp" "$tmp.install.log"' EXIT
 fail() { echo "FAIL: $*"; exit 1; }
 skip() { echo "SKIP: $*"; exit 77; }
 
-tool=desktop-file-validate
-[ "$what" = metainfo ] && tool=appstreamcli
-command -v "$tool" >/dev/null || skip "$tool is not installed (Debian: desktop-file-utils / appstream)"
+tool=desktop-file-validate package=desktop-file-utils
+[ "$what" = metainfo ] && tool=appstreamcli package=appstream
+command -v "$tool" >/dev/null || skip "$tool is not installed (Debian package $package)"
 
 install_into "$build_dir" "$tmp"
 entries=("$tmp"/share/applications/*.desktop)
