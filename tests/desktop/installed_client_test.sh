@@ -16,46 +16,21 @@ here=$(cd "$(dirname "$0")" && pwd)
 build_dir=$(cd "$1" && pwd) source_dir=$(cd "$2" && pwd) testworld=$3 screenshot=$4
 
 tmp=$(mktemp -d /tmp/lantern-installed-XXXXXX)
-XVFB_PID="" APP_PID="" WORLD_PID=""
-cleanup() {
-    { [ -n "$APP_PID" ] && kill -9 "$APP_PID" && wait "$APP_PID"; } 2>/dev/null
-    { [ -n "$WORLD_PID" ] && kill "$WORLD_PID" && wait "$WORLD_PID"; } 2>/dev/null
-    { [ -n "$XVFB_PID" ] && kill "$XVFB_PID" && wait "$XVFB_PID"; } 2>/dev/null
-    rm -rf "$tmp"
-}
-trap cleanup EXIT
+TEST_DIR=$tmp XVFB_PID="" APP_PID="" WORLD_PID=""
+trap 'end_test_processes; rm -rf "$tmp"' EXIT
+fail() { fail_with_logs "$tmp" "$@"; }
 
-fail() {
-    echo "FAIL: $*"
-    for f in app.log world.err received.log; do
-        [ -s "$tmp/$f" ] && tail -20 "$tmp/$f" | sed "s/^/  $f: /"
-    done
-    exit 1
-}
-received() { grep -qxF -- "$1" "$tmp/received.log" 2>/dev/null; }
-
-mkdir -p "$tmp/prefix" "$tmp/run" "$tmp/home/.config/EmberVale"
+mkdir -p "$tmp/prefix" "$tmp/run"
 install_into "$build_dir" "$tmp/prefix"
 entry=$(ls "$tmp"/prefix/share/applications/*.desktop)
 id=$(basename "$entry" .desktop)
 release=$(sed -n 's/.*<release version="\([^"]*\)".*/\1/p' "$tmp/prefix/share/metainfo/$id.metainfo.xml")
 
-Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$tmp/display" >"$tmp/xvfb.log" 2>&1 &
-XVFB_PID=$!
-wait_for 100 test -s "$tmp/display" || fail "Xvfb did not start: $(cat "$tmp/xvfb.log")"
-display=":$(cat "$tmp/display")"
-export DISPLAY=$display
-
-"$testworld" --port 0 --log "$tmp/received.log" >"$tmp/world.out" 2>"$tmp/world.err" &
-WORLD_PID=$!
-wait_for 100 grep -q '^listening on ' "$tmp/world.out" || fail "the test world did not start"
-port=$(sed -n 's/^listening on //p' "$tmp/world.out")
-printf '%s\n' '<?xml version="1.0" encoding="ISO-8859-1"?>' '<system_config_list>' \
-    '  <server_host>127.0.0.1</server_host>' "  <server_port>$port</server_port>" '</system_config_list>' '' \
-    >"$tmp/home/.config/EmberVale/ember_vale.cfg"
+start_private_xvfb "$tmp" || fail "Xvfb did not start: $(cat "$tmp/xvfb.log")"
+start_test_world "$testworld" "$tmp" "$tmp/home" || fail "the test world did not start"
 
 # A clean environment, as a desktop starts a program: no build paths in any variable.
-client=(env -i PATH=/usr/bin:/bin HOME="$tmp/home" DISPLAY="$display" NO_AT_BRIDGE=1 GDK_BACKEND=x11
+client=(env -i PATH=/usr/bin:/bin HOME="$tmp/home" DISPLAY="$DISPLAY" NO_AT_BRIDGE=1 GDK_BACKEND=x11
         LANTERN_ASSERT_ABORT=1 "$tmp/prefix/bin/lantern")
 hide=""
 if command -v unshare >/dev/null && unshare --mount true 2>/dev/null; then
@@ -93,7 +68,7 @@ sleep 0.5
 for line in Wren hunter2; do
     xdotool type --delay 15 -- "$line"
     xdotool key Return
-    wait_for 50 received "$line" || fail "the typed '$line' did not reach the world"
+    wait_for 50 world_received "$line" || fail "the typed '$line' did not reach the world"
 done
 
 # Pictures until two in a row agree; then the story area must hold many lines of text.
