@@ -14,7 +14,7 @@ namespace sound_fixture {
 // An Ogg Vorbis file of a sine: rate in Hz, 1 or 2 channels, length in seconds as sox reads it.
 inline bool make_ogg(const std::string& path, int rate, int channels, const std::string& seconds,
                      int frequency = 440) {
-    const std::string command = "mkdir -p \"$(dirname '" + path + "')\" && sox -q -n -r " + std::to_string(rate) +
+    const std::string command = "mkdir -p \"$(dirname '" + path + "')\" && sox -q -V1 -n -r " + std::to_string(rate) +
                                 " -c " + std::to_string(channels) + " -b 16 -t wav - synth " + seconds + " sine " +
                                 std::to_string(frequency) + " vol 0.4 | oggenc -Q -o '" + path + "' -";
     return std::system(command.c_str()) == 0;
