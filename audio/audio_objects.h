@@ -39,7 +39,7 @@ public:
 
 private:
     int32_t samples_left = 661;
-    int32_t total_samples = 661;
+    [[maybe_unused]] int32_t total_samples = 661;  // the length, kept beside the count as the tick has it
     int32_t limit = 8192;
     int32_t step = 74;
     int32_t phase = 0;
