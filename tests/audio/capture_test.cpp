@@ -105,14 +105,17 @@ TEST(AudioCapture, StartTwiceLeavesTheStreamAloneAndRestarts) {
     setenv("AUDIO_CAPTURE_FILE", (home / "capture.raw").c_str(), 1);
     log_capture log(2);
     ASSERT_EQ(start_audio(), 1);
+    // The first callback ends the start-up; the unpaced capture device brings it at once.
+    for (long spins = 0; audio_startup_in_progress && spins < 1000000000; spins++) {
+    }
+    EXPECT_EQ(audio_startup_in_progress, 0);
+    const size_t before = log.text().size();
     const int second = start_audio();
-    const std::string after_second = log.text();
+    const std::string after_second = log.text().substr(before);
+    EXPECT_EQ(audio_enabled, 1);
     stop_audio();
     EXPECT_EQ(second, 0);
-    // Right after a start the first callback may not have run yet.
-    EXPECT_TRUE(after_second.find("Error in start_audio(), audio already enabled.\n") != std::string::npos ||
-                after_second.find("Error in start_audio(), startup already in progress.\n") != std::string::npos)
-        << after_second;
+    EXPECT_EQ(after_second, "Error in start_audio(), audio already enabled.\n");
     EXPECT_EQ(start_audio(), 1);  // each start initialises the sound system anew
     stop_audio();
     EXPECT_EQ(audio_startup_in_progress, 0);
