@@ -10,7 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "app/browser.h"
+#include "app/automap_frame.h"
+#include "base/boot.h"
 #include "app/layout.h"
 #include "audio/audio_stream.h"
 #include "base/threads.h"
@@ -21,6 +22,8 @@
 #include "display/ansi_palette.h"
 #include "display/display_hooks.h"
 #include "app/clipboard.h"
+#include "automap/automap_display.h"
+#include "automap/automap_renderer.h"
 #include "input/embedded_window.h"
 #include "input/input_window.h"
 #include "panels/channel_window.h"
@@ -106,6 +109,8 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
       popup_count(0),
       status_display(nullptr),
       status_bar(nullptr),
+      automap(nullptr),
+      automap_frame(nullptr),
       tick_timer(this, zorn_tick_timer_id),
       ping_timer(this, zorn_ping_timer_id),
       autosave_timer(this, zorn_autosave_timer_id),
@@ -138,6 +143,7 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
     status_display = new zorn_status_display(this, wxID_ANY);
     status_display->Show(false);
     status_bar = new zorn_status_bar(this, wxID_ANY);
+    create_automap();
 
     SetBackgroundColour(*wxBLACK);
     input_window->line_edit.set_line_font();
@@ -145,6 +151,8 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
     main_display->set_display_font(zorn_main_font());
     zorn_set_config_listener(this);
     connect_display_hooks();
+    reparent_automap();
+    update_automap_visibility();
     // Text from the first byte on uses the record's palette.
     zorn_select_palette(LConfig::instance().get_font_colors_setting());
 
@@ -272,9 +280,9 @@ void zorn_mw::layout_panels() {
     s.current_layout = c.get_current_layout();
     s.group_status_display = c.get_group_status_display();
     s.automap_docked = c.get_automap_docked();
-    // FIXME: the automap's setting and size count once the automap exists; a map that isn't there
-    // takes no room, so the left column keeps the width of the group display.
-    s.automap_display = false;
+    s.automap_display = c.get_automap_display();
+    in.automap_width = automap->get_width();
+    in.automap_height = automap->get_height();
     s.direction_button_enable = c.get_direction_button_enable();
     s.hint_button_enable = c.get_hint_button_enable();
     s.fkey_button_display = c.get_fkey_button_display();
@@ -305,6 +313,8 @@ void zorn_mw::layout_panels() {
     const layout_rect& ch = placed.channel_window;
     if (ch.placed) channel_window->set_rect(ch.x, ch.y, ch.width, ch.height);
     channel_window->show(ch.shown);
+    const layout_rect& a = placed.automap;
+    place_automap(a.placed, a.x, a.y, a.width, a.height);
     // A layout always brings the text back to its end.
     main_display->unlock_scrollback();
 }
@@ -324,12 +334,13 @@ void zorn_mw::refresh_main_font() {
     channel_window->set_all_fonts(font);
     popup_manager->change_font(font);
     input_window->line_edit.set_line_font();
+    automap->renderer->Refresh(false);
     LConfig::instance().store_main_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
     layout_panels();
     Refresh(false);
 }
 
-// FIXME: the button rows, group display and automap take the font here as they join.
+// FIXME: the button rows and group display take the font here as they join.
 void zorn_mw::refresh_button_font() {
     status_display->force_resize();
     status_bar->force_resize();
@@ -338,11 +349,12 @@ void zorn_mw::refresh_button_font() {
     channel_window->layout();
     popup_manager->change_theme();
     LConfig::instance().store_button_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
+    automap->Refresh(false);
     layout_panels();
     Refresh(false);
 }
 
-// FIXME: the button groups and automap are told here as they join.
+// FIXME: the button groups are told here as they join.
 void zorn_mw::refresh_themes(bool force) {
     switch_themes();
     popup_manager->change_theme();
@@ -350,6 +362,7 @@ void zorn_mw::refresh_themes(bool force) {
     status_display->Refresh(false);
     status_bar->Refresh(false);
     if (force) update_background(true);
+    automap->Refresh(false);
     layout_panels();
     Refresh(false);
 }

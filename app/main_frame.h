@@ -33,6 +33,8 @@ class wxMenu;
 class wxCommandEvent;
 class zorn_status_display;
 class zorn_status_bar;
+class zorn_automap_display;
+class zorn_automap_frame;
 
 // How far the player is; says nothing of the socket.
 enum : int {
@@ -155,6 +157,15 @@ public:
     void queue_message(const char* text);
 
     void layout_panels() override;
+
+    // ---- The automap (automap_frame.cpp) ----
+    // Stores the setting, shows or hides the panel (and its frame when floating), lays out.
+    void set_automap_display(int value) override;
+    // "Docked Map": turns the map on if needed, flips the docking, re-parents, lays out.
+    void toggle_automap_docked();
+    void reparent_automap();
+    void automap_smaller() override;
+    void automap_larger() override;
     // After a change of the main font's glyphs: everything measured with it is laid out again.
     void refresh_main_font() override;
     // After a change of the button and status fonts.
@@ -228,6 +239,8 @@ public:
     int popup_count;
     zorn_status_display* status_display;
     zorn_status_bar* status_bar;
+    zorn_automap_display* automap;
+    zorn_automap_frame* automap_frame;
     wxTimer tick_timer;
     wxTimer ping_timer;
     wxTimer autosave_timer;
@@ -248,6 +261,10 @@ public:
 
 private:
     void connect_display_hooks();
+    void create_automap();
+    bool automap_tag(const char* name, const char* payload, int length);
+    void tag_dirs(const char* payload);
+    void place_automap(bool placed, int x, int y, int width, int height);
     void run_client_command(const client_command_match& match);
     void echo_line(const char* text);
     void print_command_list();

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "app/main_frame.h"
+#include "automap/automap_display.h"
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
@@ -65,8 +66,8 @@ void zorn_mw::socket_connect(int port) {
     select_history_list(1);
 }
 
-// FIXME: the panels of later subsystems are reset here as they join: automap visibility, function
-// keys, group display, direction and hint buttons, automap.
+// FIXME: the panels of later subsystems are reset here as they join: function keys, group display,
+// direction and hint buttons.
 void zorn_mw::socket_disconnect(const char* reason) {
     socket.close();
     parser.set_state(zorn_stream_parser::plain_text);
@@ -75,6 +76,7 @@ void zorn_mw::socket_disconnect(const char* reason) {
     select_history_list(0);
     session_state = session_none;
     SetTitle(wxString::FromUTF8(zorn_frame_title));
+    update_automap_visibility();
     status_bar->reset();
     status_display->reset();
 
@@ -87,6 +89,7 @@ void zorn_mw::socket_disconnect(const char* reason) {
     print_message("\n");
     refresh_text();
 
+    automap->reset();
     popup_manager->destroy_all();
     layout_panels();
     Refresh(false);

@@ -56,8 +56,9 @@ void zorn_mw::relayout_scrollbar() {
     Refresh(false);
 }
 
-// FIXME: reparent_automap and reparent_group_display run first once those panels exist.
+// FIXME: reparent_group_display runs after reparent_automap once the group display exists.
 void zorn_mw::switch_layout() {
+    reparent_automap();
     update_background(false);
     layout_panels();
     Refresh(false);
@@ -87,12 +88,9 @@ void zorn_mw::show_status_display(bool show) {
     layout_and_refresh();
 }
 
-// FIXME: the group display, channel window and automap take these over as they join.
+// FIXME: the group display and channel window take these over as they join.
 void zorn_mw::hide_group_display() {}
 void zorn_mw::set_channel_window_enable(int) { layout_and_refresh(); }
-void zorn_mw::set_automap_scale(int) {}
-void zorn_mw::enable_automap_size_items(bool) {}
-void zorn_mw::update_automap_visibility() {}
 
 void zorn_mw::apply_fonts(const char* main_description, int main_size, const char* button_description,
                           int button_size) {

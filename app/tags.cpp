@@ -4,6 +4,8 @@
 
 #include "app/main_frame.h"
 #include "audio/soundpack.h"
+#include "automap/automap_display.h"
+#include "automap/automap_renderer.h"
 #include "base/threads.h"
 #include "base/words.h"
 #include "config/debug_log.h"
@@ -41,6 +43,7 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
         undivert_text();
     } else if (std::strcmp(name, "unappend") == 0) {
         unappend_text();
+    } else if (automap_tag(name, payload, length)) {
     } else if (std::strcmp(name, "chdiv") == 0) {
         channel_window->set_divert_channel(payload);
         channel_divert_active = 1;
@@ -56,7 +59,7 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
     } else if (std::strcmp(name, "xpp") == 0) {
         set_experience(payload);
     } else if (std::strcmp(name, "ncombat") == 0) {
-        // FIXME: the automap's combat flag goes off first, once the automap exists.
+        automap->set_combat(false);
         set_enemy("");
     } else if (std::strcmp(name, "skystate") == 0) {
         status_bar->update_sky_display(payload);
@@ -68,8 +71,8 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
         // With audio off the tag is ignored, and no file is looked for.
         if (LConfig::instance().get_system_audio()) zorn_soundpack::instance().parse_audio_tag(payload);
     } else {
-        // FIXME: map, walkfail, dirs, areaname, combat, group, bclear, and the numbered button tags
-        // "bf<n>" and "b<n>" (tested last, so "bclear" never reaches them) join with their panels.
+        // FIXME: group, bclear, and the numbered button tags "bf<n>" and "b<n>" (tested last, so
+        // "bclear" never reaches them) join with their panels.
         no_handler(name);
     }
 }
@@ -83,7 +86,8 @@ void zorn_mw::tag_login(const char* payload, int length) {
     }
     session_state = session_logged_in;
     select_history_list(2);
-    // FIXME: automap visibility and the function keys follow the settings here once they exist.
+    update_automap_visibility();
+    // FIXME: the function keys follow the settings here once they exist.
     const LConfig& c = LConfig::instance();
     status_bar->Show(c.get_status_bar() != 0);
     status_bar->sky_bar->Show(c.get_sky_bar() != 0);

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "testworld/map_area.h"
 #include "testworld/wire.h"
 
 namespace testworld {
@@ -55,7 +56,11 @@ const room room_table[] = {
     {"Mill Pond", "Reeds grow thick around a still pond by the silent mill.", 0, 2, "110", 5},
     {"South Gate", "A wooden gate closes the village to the south.", 1, 2, "110", 2},
     {"Chapel Garden", "Moss covers the stones of a small walled garden; clouds hang over it.", 2, 2, "111", 3},
+    {"Watchtower Top", "Wind tugs at you on the broken battlements high above the village.", 0, 0, "110", 4, 1},
 };
+
+// The zone of each level, sent as the area name.
+const char* const zone_names[] = {"Ember Vale", "Watchtower Heights"};
 
 constexpr const char* dummy_name = "the training dummy";
 constexpr int dummy_blow = 20;     // percent of the dummy's health each round
@@ -65,10 +70,16 @@ constexpr int kill_experience = 150;
 constexpr int bonus_experience = 120;
 
 const std::vector<direction> direction_table = {
-    {"north", "n", 0, -1, 1},
-    {"east", "e", 1, 0, 4},
-    {"south", "s", 0, 1, 16},
-    {"west", "w", -1, 0, 64},
+    {"north", "n", 0, -1, 1, 0, 0, 'A'},
+    {"east", "e", 1, 0, 4, 0, 1, 'B'},
+    {"south", "s", 0, 1, 16, 0, 2, 'C'},
+    {"west", "w", -1, 0, 64, 0, 3, 'D'},
+    {"northeast", "ne", 1, -1, 2, 0, 4, 'E'},
+    {"southeast", "se", 1, 1, 8, 0, 5, 'F'},
+    {"southwest", "sw", -1, 1, 32, 0, 6, 'G'},
+    {"northwest", "nw", -1, -1, 128, 0, 7, 'H'},
+    {"up", "u", 0, 0, 256, 1, -1, '@'},
+    {"down", "d", 0, 0, 512, -1, -1, '@'},
 };
 
 std::string trim(const std::string& text) {
@@ -162,9 +173,9 @@ std::string exits_code(int mask) {
 
 world::world() : grid_width(3), grid_height(3), rooms(std::begin(room_table), std::end(room_table)) {}
 
-const room* world::room_at(int x, int y) const {
+const room* world::room_at(int x, int y, int level) const {
     for (const room& r : rooms)
-        if (r.x == x && r.y == y) return &r;
+        if (r.x == x && r.y == y && r.level == level) return &r;
     return nullptr;
 }
 
@@ -173,7 +184,7 @@ const room& world::start_room() const { return *room_at(1, 1); }
 int world::exits_mask(const room& where) const {
     int mask = 0;
     for (const direction& way : direction_table)
-        if (room_at(where.x + way.dx, where.y + way.dy)) mask |= way.exit_bit;
+        if (room_at(where.x + way.dx, where.y + way.dy, where.level + way.dz)) mask |= way.exit_bit;
     return mask;
 }
 
@@ -317,7 +328,6 @@ void session::handle_password(const std::string& line) {
     where = &game->start_room();
     game->enter(session_id, name, where, deliver);
     output += tag("login", name);
-    output += tag("areaname", "Ember Vale");
     for (const popup_row& row : popup_table) output += window_create(row);
     send_icons();
     output += tag("xpp", std::to_string(experience));
@@ -356,9 +366,15 @@ void session::handle_command(const std::string& line) {
     prompt();
 }
 
-void session::command_look(const std::string& /*arguments*/) {
+void session::command_look(const std::string& /*arguments*/) { describe('@', 0); }
+
+void session::describe(char map_direction, char trailer) {
     const int mask = game->exits_mask(*where);
     output += tag("dirs", "on " + exits_code(mask));
+    output += tag("areaname", zone_names[where->level]);
+    const int map_x = where->level == 0 ? where->x + map_village_offset : 0;
+    const int map_y = where->level == 0 ? where->y + map_village_offset : 0;
+    output += tag("map", map_block(map_x, map_y, where->level, map_direction, trailer));
     send_sky(game_clock::now());
     output += colored(where->name, sgr_white, true) + "\r\n";
     send_text(std::string(where->description) + "\r\n");
@@ -372,8 +388,9 @@ void session::command_look(const std::string& /*arguments*/) {
 }
 
 void session::walk(const direction& way) {
-    const room* target = game->room_at(where->x + way.dx, where->y + way.dy);
+    const room* target = game->room_at(where->x + way.dx, where->y + way.dy, where->level + way.dz);
     if (!target) {
+        if (way.number >= 0) output += tag("walkfail", std::to_string(way.number));
         send_text("You cannot go that way.\r\n");
         prompt();
         return;
@@ -391,7 +408,8 @@ void session::walk(const direction& way) {
     where = target;
     game->move(session_id, where);
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " arrives.\r\n");
-    command_look("");
+    // Up grows the level picture, down shrinks it; neither slides.
+    describe(way.map_direction, way.dz > 0 ? 'A' : way.dz < 0 ? 'B' : 0);
 }
 
 void session::command_say(const std::string& arguments) {
@@ -423,7 +441,8 @@ void session::command_quit(const std::string& /*arguments*/) {
 }
 
 void session::command_help(const std::string& /*arguments*/) {
-    send_text("Commands: north (n), east (e), south (s), west (w), look (l), say <text> (' <text>), who, "
+    send_text("Commands: north (n), east (e), south (s), west (w), northeast (ne) and the other diagonals, "
+              "up (u) and down (d) at the watchtower, look (l), say <text> (' <text>), who, "
               "quit.\r\n");
     send_text("Client tests: inventory (i), score and spells fill popup windows, note <text> adds to the log "
               "window, popup <name> writes into any window, popups <n> defines n more windows, gossip <text> and "

@@ -2,13 +2,17 @@
 // application builds it connects by itself, and what the player types goes through the line editor
 // and the X server. What the world received is read back from its --log file.
 #include <gtest/gtest.h>
+#include <wx/uiaction.h>
 
 #include <algorithm>
+#include <cstring>
 #include <regex>
 #include <string>
 #include <vector>
 
 #include "app/main_frame.h"
+#include "automap/automap_display.h"
+#include "automap/automap_renderer.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "input/input_window.h"
@@ -318,6 +322,46 @@ TEST_F(EndToEnd, ChannelChatFromTheWorldLandsInTabs) {
     EXPECT_EQ(channels.find_channel("ooc")->button->button_state, zorn_button_down);
     EXPECT_TRUE(channels.find_channel("(all)")->button->IsShown());
     LConfig::instance().set_channel_window_enable(0);
+}
+
+// Walking against the world: each move's map slides into place, a wall bumps the map, and a
+// click on the map's compass reaches the world as the direction word, echoed like a typed line.
+TEST_F(EndToEnd, TheMapFollowsTheWalkAndItsCompassWalks) {
+    LConfig::instance().set_local_echo(1);
+    LConfig::instance().set_cmd_separator(0);
+    static int bumps = 0;
+    bumps = 0;
+    zorn_automap_wall_bump = [] { bumps++; };
+    log_in("Mapper");
+    zorn_automap_renderer* map = frame->automap->renderer;
+    const automap_model& model = map->model;
+    const auto at_rest_in = [&](int terrain) {
+        return pump_until([&] { return model.at_rest() && model.cell(11, 11).seed != 0 && model.cell(11, 11).terrain == terrain; }, 5000);
+    };
+    ASSERT_TRUE(at_rest_in(10)) << "the village square's map after the login";
+    EXPECT_TRUE(pump_until([&] { return std::strcmp(frame->automap->area_name.c_str(), "Ember Vale") == 0; }));
+    EXPECT_EQ(model.exits_mask, 255);
+
+    ASSERT_TRUE(e2e::type_line(frame, "n"));
+    EXPECT_TRUE(pump_until([&] { return model.scroll_y > 0; }, 5000)) << "the move slides the map";
+    ASSERT_TRUE(at_rest_in(2)) << "North Road";
+    ASSERT_TRUE(e2e::type_line(frame, "n"));
+    EXPECT_TRUE(shown("You cannot go that way."));
+    EXPECT_TRUE(pump_until([&] { return bumps == 1; })) << "the green gate is closed";
+    ASSERT_TRUE(e2e::type_line(frame, "s"));
+    ASSERT_TRUE(at_rest_in(10));
+
+    wxUIActionSimulator mouse;
+    const int v = map->view_size;
+    mouse.MouseMove(map->GetScreenPosition() + wxPoint(v / 2 + v / 5, v / 2 - v / 5));
+    ASSERT_TRUE(pump_until([&] { return map->hover_direction == 8; })) << "the northeast arrow is hot";
+    mouse.MouseClick();
+    EXPECT_TRUE(server_got("northeast"));
+    EXPECT_TRUE(shown(">northeast<"));
+    EXPECT_TRUE(shown("Orchard"));
+    EXPECT_TRUE(at_rest_in(4));
+    mouse.MouseMove(frame->GetScreenPosition() + wxPoint(600, 100));
+    zorn_automap_wall_bump = nullptr;
 }
 
 }  // namespace

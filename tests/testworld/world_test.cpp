@@ -77,7 +77,8 @@ TEST(TestworldSession, BannerPasswordModeThenLogin) {
     const std::string reply = p.line("hunter2");
     EXPECT_EQ(reply.substr(0, 3), iac_do_echo);
     EXPECT_TRUE(contains(reply, ";sareaname;Ember Vale;eareaname;"));
-    EXPECT_TRUE(contains(reply, ";sdirs;on CV;edirs;")) << "all four exits: 85";
+    EXPECT_TRUE(contains(reply, ";sdirs;on H`;edirs;")) << "all eight exits: 255";
+    EXPECT_TRUE(contains(reply, ";smap;@")) << "the map round the start, without a slide";
     EXPECT_TRUE(contains(reply, "Village Square"));
     EXPECT_TRUE(contains(reply, ";swindow_create;Inventory\nWhat you carry\n40 10\ninventory\n\n;ewindow_create;"));
     EXPECT_TRUE(contains(reply, ";swindow_create;Score\nYour score\n50 8\nscore\nnowrap noscroll\n;ewindow_create;"));
@@ -92,25 +93,35 @@ TEST(TestworldSession, WalkingTheGrid) {
     world game;
     player p(&game, 1);
     p.log_in("Anna");
+    // Each move: the room, its exits, the map with the move's direction byte (and the level
+    // change's trailer), the zone; a wall answers "walkfail" with the direction number.
     const struct {
         const char* command;
         const char* room_or_message;
-        const char* dirs;
+        const char* tags;
     } walk[] = {
-        {"n", "North Road", ";sdirs;on CU;edirs;"},       // east south west
-        {"north", "You cannot go that way.", ""},
-        {"E", "Orchard", ";sdirs;on CQ;edirs;"},          // south west
-        {"south", "Market Row", ";sdirs;on CR;edirs;"},   // north south west
-        {"s", "Chapel Garden", ";sdirs;on CB;edirs;"},    // north west
-        {"west", "South Gate", ";sdirs;on CF;edirs;"},    // north east west
-        {"w", "Mill Pond", ";sdirs;on AF;edirs;"},        // north east
-        {"l", "Exits: north, east.", ";sdirs;on AF;edirs;"},
+        {"n", "North Road", ";sdirs;on D];edirs;;sareaname;Ember Vale;eareaname;;smap;A"},
+        {"north", "You cannot go that way.", ";swalkfail;0;ewalkfail;"},
+        {"E", "Orchard", ";sdirs;on DQ;edirs;"},
+        {"ne", "You cannot go that way.", ";swalkfail;4;ewalkfail;"},
+        {"southwest", "Village Square", ";smap;G"},
+        {"se", "Chapel Garden", ";sdirs;on GB;edirs;"},
+        {"north", "Market Row", ";sdirs;on HR;edirs;"},
+        {"sw", "South Gate", ";sdirs;on GH;edirs;"},
+        {"w", "Mill Pond", ";sdirs;on AH;edirs;"},
+        {"l", "Exits: north, east, northeast.", ";smap;@"},
+        {"up", "You cannot go that way.", "> "},
+        {"nw", "You cannot go that way.", ";swalkfail;7;ewalkfail;"},
+        {"n", "Smithy", ";smap;A"},
+        {"n", "Old Watchtower", ";sdirs;on I];edirs;"},
+        {"u", "Watchtower Top", ";sdirs;on QA;edirs;;sareaname;Watchtower Heights;eareaname;;smap;@"},
+        {"d", "Old Watchtower", ";sareaname;Ember Vale;eareaname;;smap;@"},
     };
     for (const auto& row : walk) {
         SCOPED_TRACE(row.command);
         const std::string reply = p.line(row.command);
         EXPECT_TRUE(contains(reply, row.room_or_message));
-        EXPECT_TRUE(contains(reply, row.dirs));
+        EXPECT_TRUE(contains(reply, row.tags));
     }
     // Steps sound; leaving the square for the smithy, a building, passes a door.
     EXPECT_FALSE(contains(p.line("l"), ";ssound;"));
@@ -121,6 +132,19 @@ TEST(TestworldSession, WalkingTheGrid) {
     EXPECT_TRUE(contains(door, ";ssound;move/step;esound;;ssound;move/door;esound;")) << door;
     EXPECT_EQ(exits_code(0), "AA");
     EXPECT_EQ(exits_code(1023), "``") << "31 above 'A' in both letters";
+}
+
+TEST(TestworldSession, LevelChangesCarryTheirTrailers) {
+    world game;
+    player p(&game, 1);
+    p.log_in("Anna");
+    p.line("nw");
+    const std::string up = p.line("up");
+    const std::string down = p.line("down");
+    // The trailer is the last byte of the map block.
+    EXPECT_TRUE(contains(up, "\nA;emap;"));
+    EXPECT_TRUE(contains(down, "\nB;emap;"));
+    EXPECT_FALSE(contains(p.line("look"), "\nA;emap;"));
 }
 
 TEST(TestworldSession, PlayersSayWhoQuitAndLeave) {
