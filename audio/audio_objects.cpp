@@ -49,14 +49,18 @@ bool zorn_audio_wall_bump::next_sample(int16_t* left, int16_t* right) {
     return samples_left-- > 1;
 }
 
-zorn_audio_playout_mono_memory::zorn_audio_playout_mono_memory(const unsigned char* data, long length,
-                                                               sound_data* sound)
+zorn_audio_playout_memory::zorn_audio_playout_memory(const unsigned char* data, long length, sound_data* sound)
     : length(length), data(data), sound(sound) {
     count_playout(sound, 1);
-    add_audio_object(this);
 }
 
-zorn_audio_playout_mono_memory::~zorn_audio_playout_mono_memory() { count_playout(sound, -1); }
+zorn_audio_playout_memory::~zorn_audio_playout_memory() { count_playout(sound, -1); }
+
+zorn_audio_playout_mono_memory::zorn_audio_playout_mono_memory(const unsigned char* data, long length,
+                                                               sound_data* sound)
+    : zorn_audio_playout_memory(data, length, sound) {
+    add_audio_object(this);
+}
 
 // An odd last byte is never played.
 bool zorn_audio_playout_mono_memory::next_sample(int16_t* left, int16_t* right) {
@@ -68,12 +72,9 @@ bool zorn_audio_playout_mono_memory::next_sample(int16_t* left, int16_t* right) 
 
 zorn_audio_playout_stereo_memory::zorn_audio_playout_stereo_memory(const unsigned char* data, long length,
                                                                    sound_data* sound)
-    : length(length), data(data), sound(sound) {
-    count_playout(sound, 1);
+    : zorn_audio_playout_memory(data, length, sound) {
     add_audio_object(this);
 }
-
-zorn_audio_playout_stereo_memory::~zorn_audio_playout_stereo_memory() { count_playout(sound, -1); }
 
 // A trailing partial frame is never played.
 bool zorn_audio_playout_stereo_memory::next_sample(int16_t* left, int16_t* right) {

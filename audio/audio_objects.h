@@ -47,30 +47,28 @@ private:
 
 // Plays 16-bit little-endian samples from memory that outlives it. With a sound record (or null)
 // its playout_count counts this object from construction to destruction.
-class zorn_audio_playout_mono_memory final : public zorn_audio_object {
-public:
-    zorn_audio_playout_mono_memory(const unsigned char* data, long length, sound_data* sound);
-    ~zorn_audio_playout_mono_memory() override;
-    bool next_sample(int16_t* left, int16_t* right) override;
+class zorn_audio_playout_memory : public zorn_audio_object {
+protected:
+    zorn_audio_playout_memory(const unsigned char* data, long length, sound_data* sound);
+    ~zorn_audio_playout_memory() override;
 
-private:
     long position = 0;
     long length;
     const unsigned char* data;
     sound_data* sound;
 };
 
-class zorn_audio_playout_stereo_memory final : public zorn_audio_object {
+class zorn_audio_playout_mono_memory final : public zorn_audio_playout_memory {
+public:
+    zorn_audio_playout_mono_memory(const unsigned char* data, long length, sound_data* sound);
+    bool next_sample(int16_t* left, int16_t* right) override;
+};
+
+// Frames of four bytes: left, then right.
+class zorn_audio_playout_stereo_memory final : public zorn_audio_playout_memory {
 public:
     zorn_audio_playout_stereo_memory(const unsigned char* data, long length, sound_data* sound);
-    ~zorn_audio_playout_stereo_memory() override;
     bool next_sample(int16_t* left, int16_t* right) override;
-
-private:
-    long position = 0;
-    long length;
-    const unsigned char* data;
-    sound_data* sound;
 };
 
 // Fire-and-forget forms for the hooks of other folders (a button click, a bump at a wall).
