@@ -135,9 +135,6 @@ void zorn_mw::set_automap_scale(int automap_size) {
     layout_and_refresh();
 }
 
-// FIXME: the View menu's five size items follow here once the menus exist.
-void zorn_mw::enable_automap_size_items(bool) {}
-
 void zorn_mw::automap_smaller() {
     automap->zoom_out();
     layout_and_refresh();

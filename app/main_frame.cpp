@@ -11,8 +11,10 @@
 #include <cstring>
 
 #include "app/automap_frame.h"
+#include "app/dialogs.h"
 #include "base/boot.h"
 #include "app/layout.h"
+#include "app/menus.h"
 #include "audio/audio_stream.h"
 #include "base/threads.h"
 #include "base/words.h"
@@ -90,6 +92,7 @@ wxBEGIN_EVENT_TABLE(zorn_mw, zorn_frame)
     EVT_MENU_RANGE(zorn_popup_menu_first_id, zorn_popup_menu_first_id + zorn_popup_menu_items - 1,
                    zorn_mw::popup_menu_handler)
     EVT_MENU(zorn_popup_menu_reset_id, zorn_mw::reset_positions_handler)
+    EVT_MENU_RANGE(1, zorn_menu_last_fixed_id, zorn_mw::menu_handler)
 wxEND_EVENT_TABLE()
 
 // Panels and dialogs of later subsystems join in the places their steps name.
@@ -106,6 +109,11 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
       popup_manager(nullptr),
       channel_window(nullptr),
       popups_menu(nullptr),
+      newbie_quit_dialog(nullptr),
+      save_quit_dialog(nullptr),
+      pgm_exit_dialog(nullptr),
+      newbie_disconnect_dialog(nullptr),
+      disconnect_dialog(nullptr),
       popup_count(0),
       status_display(nullptr),
       status_bar(nullptr),
@@ -138,6 +146,11 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
     text_target = main_display;
     popup_manager = new zorn_popup_manager(this, this);
     channel_window = new zorn_channel_window(this);
+    newbie_quit_dialog = new zorn_newbie_quit_dialog(this);
+    save_quit_dialog = new zorn_save_quit_dialog(this);
+    pgm_exit_dialog = new zorn_pgm_exit_dialog(this);
+    newbie_disconnect_dialog = new zorn_newbie_disconnect_dialog(this);
+    disconnect_dialog = new zorn_disconnect_dialog(this);
     build_menu_bar();
     // Both strips stay hidden until a login shows them by the settings.
     status_display = new zorn_status_display(this, wxID_ANY);
@@ -415,7 +428,6 @@ void zorn_mw::system_shutdown_handler() {
     shutdown_countdown = zorn_shutdown_ticks;
 }
 
-void zorn_mw::verify_program_exit() { system_shutdown_handler(); }
 
 void zorn_mw::exit_step() {
     log2("zorn_mw::shutdown - requested exit\n");

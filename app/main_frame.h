@@ -30,6 +30,13 @@ class zorn_main_window;
 class zorn_ansi_display;
 class zorn_channel_window;
 class wxMenu;
+class wxDialog;
+class zorn_newbie_quit_dialog;
+class zorn_save_quit_dialog;
+class zorn_pgm_exit_dialog;
+class zorn_newbie_disconnect_dialog;
+class zorn_disconnect_dialog;
+struct zorn_web_link;
 class wxCommandEvent;
 class zorn_status_display;
 class zorn_status_bar;
@@ -179,9 +186,12 @@ public:
     bool open_browser(const char* url);
     // Starts the exit countdown; every exit the user asks for comes here.
     void system_shutdown_handler();
-    // FIXME: asks first when a character is at stake, once the dialogs exist; until then it goes
-    // straight to system_shutdown_handler, as it does with no character in the game.
+    // The close box and every exit the player asks for: asks first while a character is in play.
     void verify_program_exit();
+    void verify_disconnect();
+    void menu_file_save_and_quit();
+    // Centred on the frame; a dialog showing already is shown again there.
+    void show_dialog_centered(wxDialog* dialog);
 
     // zorn_stream_sink: what the stream parser hands on.
     void begin_block() override;
@@ -235,6 +245,11 @@ public:
     zorn_popup_manager* popup_manager;
     zorn_channel_window* channel_window;
     wxMenu* popups_menu;
+    zorn_newbie_quit_dialog* newbie_quit_dialog;
+    zorn_save_quit_dialog* save_quit_dialog;
+    zorn_pgm_exit_dialog* pgm_exit_dialog;
+    zorn_newbie_disconnect_dialog* newbie_disconnect_dialog;
+    zorn_disconnect_dialog* disconnect_dialog;
     // Items in the "&Popups" menu.
     int popup_count;
     zorn_status_display* status_display;
@@ -280,6 +295,14 @@ private:
     void undivert_text();
     void unappend_text();
     void build_menu_bar();
+    void menu_handler(wxCommandEvent& event);
+    void save_logfile_dialog();
+    void settings_menu_item(int id);
+    void open_web_link(const zorn_web_link& link);
+    void in_game_help(const char* command);
+    void change_main_font_size(int delta);
+    void choose_font(bool button_font);
+    void set_automap_cell_size(int size);
     void popup_menu_handler(wxCommandEvent& event);
     void reset_positions_handler(wxCommandEvent& event);
 

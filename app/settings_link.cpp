@@ -35,13 +35,6 @@ void zorn_mw::choose_font_colors(int font_colors_setting) {
 
 bool zorn_mw::is_logged_in() { return session_state == session_logged_in; }
 
-// FIXME: the menu bar's check and radio items follow here once the menus exist.
-// The palette follows its radio group, so applying a character's record selects its palette.
-void zorn_mw::sync_menu_item(zorn_setting key, int value) {
-    if (key == zorn_setting_font_colors_setting) zorn_select_palette(value);
-}
-void zorn_mw::sync_audio_menu_item(int) {}
-
 void zorn_mw::mark_client_status_dirty() { client_status_dirty = 1; }
 
 void zorn_mw::layout_and_refresh() {

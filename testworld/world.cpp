@@ -33,6 +33,8 @@ const popup_row popup_table[] = {
     {"Log", "Your log", "50 12", "", "noscroll"},
 };
 
+constexpr const char* world_version = "0.3";
+
 // The bot on the chat channels: it answers every channel message, on both channels.
 constexpr const char* bot_name = "Wren";
 // Most windows a "popups" command defines.
@@ -128,6 +130,8 @@ const command_row command_table[] = {
     {"gossip", nullptr, &session::command_gossip},
     {"ooc", nullptr, &session::command_ooc},
     {"popups", nullptr, &session::command_popups},
+    {"recall", nullptr, &session::command_recall},
+    {"version", nullptr, &session::command_version},
     {"kill", "k", &session::command_kill},
     {"time", nullptr, &session::command_time},
     {"sleep", nullptr, &session::command_sleep},
@@ -432,7 +436,13 @@ void session::command_who(const std::string& /*arguments*/) {
     prompt();
 }
 
-void session::command_quit(const std::string& /*arguments*/) {
+// "quit -check" only warns, as the client asks before it closes; "quit" and "quit -f" end the session.
+void session::command_quit(const std::string& arguments) {
+    if (lower(arguments) == "-check") {
+        send_text(colored("Warning:", sgr_red, true) + " you are about to leave the game. Type 'quit' to go.\r\n");
+        prompt();
+        return;
+    }
     output += tag("event", "logoff");
     send_text("Goodbye.\r\n");
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " leaves the world.\r\n");
@@ -440,7 +450,28 @@ void session::command_quit(const std::string& /*arguments*/) {
     stage = stage_done;
 }
 
-void session::command_help(const std::string& /*arguments*/) {
+void session::command_recall(const std::string& /*arguments*/) {
+    if (where != &game->start_room()) {
+        game->tell_room(where, session_id, "\r\n" + escape_text(name) + " vanishes.\r\n");
+        where = &game->start_room();
+        game->move(session_id, where);
+    }
+    send_text("You pray, and the world folds you back to the village square.\r\n");
+    command_look("");
+}
+
+void session::command_version(const std::string& /*arguments*/) {
+    send_text(std::string("Ember Vale test world, version ") + world_version + ".\r\n");
+    prompt();
+}
+
+void session::command_help(const std::string& arguments) {
+    if (lower(arguments) == "me") {
+        send_text("More commands: recall brings you back to the square, version shows the world's version, "
+                  "quit -check warns before you quit, quit -f quits at once.\r\n");
+        prompt();
+        return;
+    }
     send_text("Commands: north (n), east (e), south (s), west (w), northeast (ne) and the other diagonals, "
               "up (u) and down (d) at the watchtower, look (l), say <text> (' <text>), who, "
               "quit.\r\n");

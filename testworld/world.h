@@ -131,6 +131,8 @@ public:
     void command_gossip(const std::string& arguments);
     void command_ooc(const std::string& arguments);
     void command_popups(const std::string& arguments);
+    void command_recall(const std::string& arguments);
+    void command_version(const std::string& arguments);
     void command_kill(const std::string& arguments);
     void command_time(const std::string& arguments);
     void command_sleep(const std::string& arguments);

@@ -10,7 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "app/dialogs.h"
 #include "app/main_frame.h"
+#include "app/menus.h"
 #include "automap/automap_display.h"
 #include "automap/automap_renderer.h"
 #include "config/lconfig.h"
@@ -322,6 +324,66 @@ TEST_F(EndToEnd, ChannelChatFromTheWorldLandsInTabs) {
     EXPECT_EQ(channels.find_channel("ooc")->button->button_state, zorn_button_down);
     EXPECT_TRUE(channels.find_channel("(all)")->button->IsShown());
     LConfig::instance().set_channel_window_enable(0);
+}
+
+// The exit dialogs against the world: the exact bytes each answer sends.
+TEST_F(EndToEnd, ExitDialogsSendTheLogoffLines) {
+    LConfig::instance().set_local_echo(1);
+    LConfig::instance().set_cmd_separator(0);
+    log_in("Leaver");
+    ASSERT_TRUE(pump_until([&] { return frame->outgoing.count() == 0; }));
+    const auto press = [&](wxDialog* dialog, int id) {
+        ASSERT_TRUE(dialog->IsShown());
+        wxCommandEvent click(wxEVT_BUTTON, id);
+        click.SetEventObject(dialog->FindWindow(id));
+        dialog->GetEventHandler()->ProcessEvent(click);
+    };
+    const auto sent_now = [&] { return std::string(frame->outgoing.bytes(), static_cast<size_t>(frame->outgoing.count())); };
+
+    // The disconnect dialog's Logoff: plain quit lines, only the last one echoed.
+    wxCommandEvent disconnect(wxEVT_MENU, zorn_menu_disconnect);
+    frame->GetEventHandler()->ProcessEvent(disconnect);
+    press(frame->disconnect_dialog, wxID_OK);
+    EXPECT_EQ(sent_now(), "\nrecall\nquit\nrecall\nquit\n");
+    EXPECT_FALSE(frame->disconnect_dialog->IsShown());
+    const std::string text = e2e::shown_text(frame);
+    EXPECT_EQ(text.find(">recall<"), std::string::npos);
+    EXPECT_NE(text.find(">quit<"), std::string::npos);
+    EXPECT_EQ(text.find(">quit<"), text.rfind(">quit<")) << "echoed once";
+    ASSERT_TRUE(shown("Connection closed by server."));
+    EXPECT_TRUE(server_got("quit"));
+}
+
+TEST_F(EndToEnd, ProgramExitDialogLogsOffAndTheClientRunsOn) {
+    log_in("Stayer");
+    ASSERT_TRUE(pump_until([&] { return frame->outgoing.count() == 0; }));
+    wxCloseEvent close(wxEVT_CLOSE_WINDOW, frame->GetId());
+    close.SetEventObject(frame);
+    close.SetCanVeto(true);
+    frame->GetEventHandler()->ProcessEvent(close);
+    EXPECT_TRUE(close.GetVeto());
+    ASSERT_TRUE(frame->pgm_exit_dialog->IsShown());
+    EXPECT_EQ(frame->pgm_exit_dialog->GetTitle(), "Logoff Warning");
+    EXPECT_TRUE(server_got("quit -check"));
+    wxCommandEvent logoff(wxEVT_BUTTON, wxID_OK);
+    logoff.SetEventObject(frame->pgm_exit_dialog->FindWindow(wxID_OK));
+    frame->pgm_exit_dialog->GetEventHandler()->ProcessEvent(logoff);
+    EXPECT_EQ(std::string(frame->outgoing.bytes(), static_cast<size_t>(frame->outgoing.count())),
+              "\nrecall\nquit -f\nrecall\nquit -f\n");
+    ASSERT_TRUE(shown("Connection closed by server."));
+    EXPECT_EQ(frame->shutdown_countdown, 0) << "nothing ends in the client";
+    EXPECT_EQ(frame->session_state, session_none);
+}
+
+// With no character yet, Disconnect on a live connection asks nothing.
+TEST_F(EndToEnd, DisconnectBeforeLoginAsksNothing) {
+    ASSERT_TRUE(shown("By what name are you known? "));
+    wxCommandEvent disconnect(wxEVT_MENU, zorn_menu_disconnect);
+    frame->GetEventHandler()->ProcessEvent(disconnect);
+    EXPECT_FALSE(frame->disconnect_dialog->IsShown());
+    EXPECT_FALSE(frame->newbie_disconnect_dialog->IsShown());
+    EXPECT_TRUE(shown("Disconnecting."));
+    EXPECT_NE(frame->socket.current_state(), socket_connected);
 }
 
 // Walking against the world: each move's map slides into place, a wall bumps the map, and a

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "app/main_frame.h"
+#include "app/menus.h"
 #include "audio/mixer.h"
 #include "audio/soundpack.h"
 #include "config/config_listener.h"
@@ -41,6 +42,12 @@ protected:
         reap_audio_objects();
     }
     std::string log_text() const { return net_test::read_file(log_path); }
+    void choose(int id) {
+        wxCommandEvent event(wxEVT_MENU, id);
+        event.SetEventObject(frame);
+        frame->GetEventHandler()->ProcessEvent(event);
+    }
+    bool sounds_checked() const { return frame->GetMenuBar()->IsChecked(zorn_menu_enable_sounds); }
     bool logged_in() {
         return pump_until([&] { return e2e::shown_text(frame).find("By what name") != std::string::npos; }, 5000) &&
                e2e::type_line(frame, "Hearer") &&
@@ -64,6 +71,15 @@ TEST_F(EndToEndSound, NoDeviceSwitchesAudioOffAndTheGameGoesOn) {
         << log;
     EXPECT_EQ(LConfig::instance().get_system_audio(), 0);
     EXPECT_EQ(audio_enabled, 0);
+    EXPECT_FALSE(sounds_checked());
+
+    // "Enable Sounds" tries again, fails the same way and stays off.
+    const size_t before_menu = log_text().size();
+    choose(zorn_menu_enable_sounds);
+    EXPECT_NE(log_text().find("LConfig::SetSystemAudio() - unable to start audio.  Disabling.\n", before_menu),
+              std::string::npos);
+    EXPECT_EQ(LConfig::instance().get_system_audio(), 0);
+    EXPECT_FALSE(sounds_checked());
     ASSERT_TRUE(LConfig::instance().save_system_config_file());
     const std::string saved = net_test::read_file(e2e::world().home() + "/.config/EmberVale/ember_vale.cfg");
     EXPECT_NE(saved.find("<system_audio_enable>0</system_audio_enable>"), std::string::npos) << saved;
@@ -102,8 +118,10 @@ TEST_F(EndToEndSound, TagsAndSoundtestPlayThePacksFiles) {
     EXPECT_EQ(blow->channels, 2);
     EXPECT_EQ(audio_active_count(), 2);
 
-    // Turning sound off stops the mixer and destroys what was playing.
-    LConfig::instance().SetSystemAudio(0);
+    // "Enable Sounds" turns sound off: the mixer stops and what was playing is destroyed.
+    choose(zorn_menu_enable_sounds);
+    EXPECT_EQ(LConfig::instance().get_system_audio(), 0);
+    EXPECT_FALSE(sounds_checked());
     EXPECT_EQ(audio_enabled, 0);
     EXPECT_EQ(audio_active_count(), 0);
     EXPECT_EQ(step->playout_count, 0);

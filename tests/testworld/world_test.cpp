@@ -217,6 +217,10 @@ TEST(TestworldSession, ClientFeatureCommands) {
          ";schdiv;gossip;echdiv;[gossip] \x1b[1m\x1b[36mWren\x1b[0m: Well met, Anna.\r\n;tchudiv;"
          ";schdiv;ooc;echdiv;[ooc] \x1b[1m\x1b[36mWren\x1b[0m: (the bot is listening on both channels)\r\n;tchudiv;"},
         {"ooc", "Say what on ooc?\r\n"},
+        {"quit -check", "\x1b[1m\x1b[31mWarning:\x1b[0m you are about to leave the game. Type 'quit' to go.\r\n"},
+        {"version", "Ember Vale test world, version 0.3.\r\n"},
+        {"help me", "More commands: recall brings you back to the square"},
+        {"recall", "You pray, and the world folds you back to the village square.\r\n"},
         {"popups 2",
          ";swindow_create;Window 1\nNumbered window 1\n20 4\n\n\n;ewindow_create;"
          ";swindow_create;Window 2\nNumbered window 2\n20 4\n\n\n;ewindow_create;2 windows defined.\r\n"},
@@ -229,9 +233,13 @@ TEST(TestworldSession, ClientFeatureCommands) {
     }
     EXPECT_TRUE(contains(p.line("help"), "inventory (i)"));
     // Opening a window fills it at once; closing it, or opening one the world doesn't know, is quiet.
-    EXPECT_EQ(p.line("lnlwindow open Score").rfind(";sdivert;Score;edivert;", 0), 0u);
+    const std::string opened = p.line("lnlwindow open Score");
+    EXPECT_EQ(opened.rfind(";sdivert;Score;edivert;", 0), 0u) << opened;
     EXPECT_EQ(p.line("lnlwindow close Score"), "");
     EXPECT_EQ(p.line("lnlwindow open Log"), "");
+    EXPECT_FALSE(p.link.finished()) << "quit -check only warns";
+    EXPECT_TRUE(contains(p.line("quit -f"), ";sevent;logoff;eevent;Goodbye.\r\n"));
+    EXPECT_TRUE(p.link.finished());
 }
 
 TEST(TestworldSession, RandomBytesNeverBreakASession) {
