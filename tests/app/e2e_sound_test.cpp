@@ -2,6 +2,7 @@
 // frame switches audio off at start and plays on; with the mixer running (no device needed, the
 // test sets it going), the world's "sound" tags and //soundtest play the pack's files.
 #include <gtest/gtest.h>
+#include <wx/menu.h>
 
 #include <string>
 
