@@ -16,7 +16,8 @@ field() { sed -n "s/^$1: //p" "$tmp/control"; }
 [ "$(field Package)" = lantern ] || fail "Package is '$(field Package)'"
 [ "$(field Section)" = games ] || fail "Section is '$(field Section)'"
 depends=$(field Depends)
-depends_on() { echo "$depends" | tr ',' '\n' | grep -q "^ *$1[ (]*"; }
+# True when PATTERN (a basic regular expression) is the whole name of one dependency.
+depends_on() { echo "$depends" | tr ',' '\n' | grep -q "^ *$1\( (.*\)\{0,1\}$"; }
 
 # Every library the binary names must come from a package in Depends (dpkg-shlibdeps' work).
 dpkg-deb -x "$deb" "$tmp/unpacked"
@@ -32,18 +33,9 @@ for soname in $needed; do
     depends_on "$package" || fail "lantern needs $soname from $package, which Depends lacks: $depends"
 done
 
-# The toolkit and TLS are always linked. Sound joins the binary with the audio subsystem: from then
-# on its libraries are asserted too.
-for library in 'libwxgtk3\.2-[0-9]' 'libwxbase3\.2-[0-9]' 'libssl3'; do
+# The runtime libraries of the toolkit, TLS and sound, named as Debian 12 names them.
+for library in 'libwxgtk3\.2-[0-9]' 'libwxbase3\.2-[0-9]' libssl3 libportaudio2 libvorbisfile3; do
     depends_on "$library" || fail "Depends has no $library: $depends"
-done
-for pair in libportaudio.so:libportaudio2 libvorbisfile.so:libvorbisfile3; do
-    soname=${pair%%:*} package=${pair##*:}
-    if echo "$needed" | grep -qF "$soname"; then
-        depends_on "$package" || fail "Depends has no $package: $depends"
-    else
-        echo "note: lantern does not link $soname yet, so $package is not asserted"
-    fi
 done
 
 # Regular files only: dpkg-deb also lists the folders that hold them.
