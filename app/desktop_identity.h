@@ -9,5 +9,5 @@ class wxApp;
 void zorn_set_desktop_identity(wxApp* app);
 
 // Decodes the built-in application icon in all its sizes and stores it for every frame to come.
-// False, with a log line, when a size does not decode; the frames then go without.
+// False, with a log line, when a size does not decode; the frames then get the sizes that did.
 bool zorn_load_application_icon();
