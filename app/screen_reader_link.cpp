@@ -1,10 +1,7 @@
 // The frame's side of the screen reader: turning it on and off with the setting, feeding it the
 // game text and client messages, its tick, its keys, its place under the main display, and the
 // accessible names of the gauges and the map.
-#include <wx/textctrl.h>
-
 #include <algorithm>
-#include <cstring>
 
 #include "access/reader_window.h"
 #include "access/speechd_output.h"

@@ -3,7 +3,7 @@
 # Xvfb and a private D-Bus session with the accessibility bus, the screen reader switched on with
 # Ctrl-Shift-6, a password typed while the command line shows itself to AT-SPI as a password field,
 # and then the world's last line read back from the mirror in the frame's accessible tree, without
-# its escape codes. Skips (status 77) when the AT-SPI stack isn't there to start.
+# its escape codes; the gauges and the map carry names that say what they show. Skips (status 77) when the AT-SPI stack isn't there to start.
 #
 #   atspi_mirror_test.sh LANTERN TESTWORLD
 set -u
@@ -58,7 +58,7 @@ line Welcome to the \\e[1mmirror\\e[0m test.
 expect reader
 send Password: \\xff\\xfe\\x01
 expect sesame
-send \\xff\\xfd\\x01\\r\\n
+send \\xff\\xfd\\x01\\r\\n;slogin;reader;elogin;;shp;120 150 80 90 100 110;ehp;;sareaname;Ember Vale;eareaname;
 line \\e[32mA line before the last.\\e[0m
 send \\e[33mThe world's \\e[1mlast\\e[0m\\e[33m line, read back.\\e[0m\\r\\n> 
 timeout 60000
@@ -96,5 +96,9 @@ xdotool type --delay 15 sesame
 xdotool key Return
 "$python" "$here/atspi_probe.py" role "$APP_PID" "password text" absent 20 ||
     fail "after the password the command line stays a password field"
+# The gauges and the map say what they show.
+"$python" "$here/atspi_probe.py" name "$APP_PID" "Health 120 of 150, Mana 80 of 90, Movement 100 of 110, Experience 0 percent, No enemy" 20 ||
+    fail "the gauges have no accessible name that says their values"
+"$python" "$here/atspi_probe.py" name "$APP_PID" "Map, Ember Vale" 20 || fail "the map has no accessible name"
 "$python" "$here/atspi_probe.py" mirror "$APP_PID" "$last_line" 20 || fail "the mirror did not show the last line"
 echo "PASS"

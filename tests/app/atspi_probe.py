@@ -2,6 +2,7 @@
 
   atspi_probe.py role PID ROLE present|absent SECONDS   waits until an object of that role is
                                                         (or no longer is) in the client's tree
+  atspi_probe.py name PID NAME SECONDS                 waits until an object has the accessible name NAME
   atspi_probe.py mirror PID LINE SECONDS               waits until the mirror's last line is LINE
 Exit status 0 when the condition came true, 1 when time ran out (with what was seen), 2 when the
 client's application never appeared on the accessibility bus.
@@ -68,6 +69,11 @@ def main():
                 present = want in roles
                 seen = sorted(roles)
                 if present == (sys.argv[4] == "present"):
+                    return 0
+            elif mode == "name":
+                names = {node.get_name() for node in walk(app)}
+                seen = sorted(n for n in names if n)
+                if want in names:
                     return 0
             else:
                 last, whole = mirror_last_line(app)

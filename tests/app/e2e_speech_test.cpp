@@ -7,6 +7,7 @@
 #include <wx/uiaction.h>
 
 #include <chrono>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,7 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(e2e::world().ready());
         said.clear();
+        shared_port = LConfig::instance().get_server_port_setting();
         per_character = std::chrono::microseconds(0);
         zorn_speech_output_factory = make_recorder;
     }
@@ -79,7 +81,6 @@ protected:
         net_test::write_file(dir.file("world.script"), script_text);
         ASSERT_TRUE(world.start({"--script", dir.file("world.script"), "--once"}, dir.file("world.err")));
         LConfig& config = LConfig::instance();
-        shared_port = config.get_server_port_setting();
         config.set_server_port(world.port());
         config.set_screen_reader(1);
         frame = e2e::make_frame();
