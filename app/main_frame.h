@@ -33,6 +33,11 @@ class wxMenu;
 class wxCommandEvent;
 class zorn_status_display;
 class zorn_status_bar;
+class zorn_direction_buttons;
+class zorn_hint_buttons;
+class zorn_fkey_manager;
+class zorn_group_display;
+struct layout_result;
 
 // How far the player is; says nothing of the socket.
 enum : int {
@@ -142,6 +147,8 @@ public:
     void set_hit_points(const char* payload);
     void set_enemy(const char* payload);
     void set_experience(const char* payload);
+    // "dirs": the direction buttons on or off, and the room's exits.
+    void tag_dirs(const char* payload);
 
     // ---- Client commands (commands.cpp) ----
     void config_cmd_process(const char* text);
@@ -161,6 +168,9 @@ public:
     void refresh_button_font() override;
     void refresh_themes(bool force);
     void update_background(bool force);
+    // The group display lives in the main frame in layouts 1 and 2 (mode 1), on the text in layout 0
+    // (mode 2).
+    void reparent_group_display();
 
     // Stores at most 1023 bytes of the URL; the next tick opens it.
     void open_url(const char* url);
@@ -228,6 +238,10 @@ public:
     int popup_count;
     zorn_status_display* status_display;
     zorn_status_bar* status_bar;
+    zorn_direction_buttons* direction_buttons;
+    zorn_hint_buttons* hint_buttons;
+    zorn_fkey_manager* fkey_manager;
+    zorn_group_display* group_display;
     wxTimer tick_timer;
     wxTimer ping_timer;
     wxTimer autosave_timer;
@@ -248,6 +262,7 @@ public:
 
 private:
     void connect_display_hooks();
+    void place_button_sets(const layout_result& placed);
     void run_client_command(const client_command_match& match);
     void echo_line(const char* text);
     void print_command_list();

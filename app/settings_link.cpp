@@ -5,6 +5,7 @@
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
 #include "input/input_window.h"
+#include "panels/group_display.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 #include "theme/font.h"
@@ -55,8 +56,9 @@ void zorn_mw::relayout_scrollbar() {
     Refresh(false);
 }
 
-// FIXME: reparent_automap and reparent_group_display run first once those panels exist.
+// FIXME: reparent_automap runs first once the automap exists.
 void zorn_mw::switch_layout() {
+    reparent_group_display();
     update_background(false);
     layout_panels();
     Refresh(false);
@@ -86,9 +88,11 @@ void zorn_mw::show_status_display(bool show) {
     layout_and_refresh();
 }
 
-// FIXME: the group display, channel window and automap take these over as they join.
-void zorn_mw::hide_group_display() {}
+void zorn_mw::hide_group_display() { group_display->Show(false); }
+
 void zorn_mw::set_channel_window_enable(int) { layout_and_refresh(); }
+
+// FIXME: the automap takes these over once it joins.
 void zorn_mw::set_automap_scale(int) {}
 void zorn_mw::enable_automap_size_items(bool) {}
 void zorn_mw::update_automap_visibility() {}

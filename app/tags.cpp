@@ -1,5 +1,6 @@
 // The tag table: what each out-of-band tag from the server does, the session's life (login and
 // the session events), text diversion, the lag meter and the client status line.
+#include <cstdlib>
 #include <cstring>
 
 #include "app/main_frame.h"
@@ -8,7 +9,9 @@
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "input/button_sets.h"
 #include "panels/channel_window.h"
+#include "panels/group_display.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 
@@ -17,6 +20,12 @@ namespace {
 void no_handler(const char* name) {
     if (zorn_debug_level >= 2)
         zorn_client_debug_printf("Warning in zorn_mw::process_tagged_data(), no handler for tag '%s'.\n", name);
+}
+
+// "bf" or "b" and a number above 0; "b0", "bf0" and "bfx" are unknown tags.
+bool numbered_tag(const char* name, const char* prefix) {
+    const size_t length = std::strlen(prefix);
+    return std::strncmp(name, prefix, length) == 0 && std::atoi(name + length) > 0;
 }
 
 }  // namespace
@@ -61,14 +70,23 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
         status_bar->update_sky_display(payload);
     } else if (std::strcmp(name, "icons") == 0) {
         status_bar->set_icons(payload);
+    } else if (std::strcmp(name, "dirs") == 0) {
+        tag_dirs(payload);
+    } else if (std::strcmp(name, "group") == 0) {
+        group_display->parse_group_block(payload);
+    } else if (std::strcmp(name, "bclear") == 0) {
+        hint_buttons->clear_all();
     } else if (std::strcmp(name, "config") == 0) {
         config_cmd_process(payload);
     } else if (std::strcmp(name, "sound") == 0) {
         // FIXME: parse_audio_tag once the soundpack exists; with audio off the tag is ignored.
         if (LConfig::instance().get_system_audio()) no_handler(name);
+    } else if (numbered_tag(name, "bf")) {
+        fkey_manager->setup_button(name, payload);
+    } else if (numbered_tag(name, "b")) {
+        hint_buttons->setup_button(name, payload);
     } else {
-        // FIXME: map, walkfail, dirs, areaname, combat, group, bclear, and the numbered button tags
-        // "bf<n>" and "b<n>" (tested last, so "bclear" never reaches them) join with their panels.
+        // FIXME: map, walkfail, areaname and combat join with the automap.
         no_handler(name);
     }
 }
@@ -82,7 +100,8 @@ void zorn_mw::tag_login(const char* payload, int length) {
     }
     session_state = session_logged_in;
     select_history_list(2);
-    // FIXME: automap visibility and the function keys follow the settings here once they exist.
+    // FIXME: automap visibility follows the settings here once the automap exists.
+    fkey_manager->set_all_active(1);
     const LConfig& c = LConfig::instance();
     status_bar->Show(c.get_status_bar() != 0);
     status_bar->sky_bar->Show(c.get_sky_bar() != 0);
@@ -153,6 +172,30 @@ void zorn_mw::send_ping() {
     if (session_state != session_logged_in) return;
     send_line("lnping");
     ping_sent_time = zorn_gettimeofday_useconds();
+}
+
+// "on" or "off" for the direction buttons, then two letters of the exits mask, 'A' to '`' each
+// (five bits); a code of other bytes leaves the mask as it was.
+void zorn_mw::tag_dirs(const char* payload) {
+    const auto warn = [payload] {
+        if (zorn_debug_level >= 2)
+            zorn_client_debug_printf("Warning in zorn_mw::process_tagged_data(), bad dirs string '%s'.\n", payload);
+    };
+    if (word_equal(payload, "on"))
+        direction_buttons->enable_all();
+    else if (word_equal(payload, "off"))
+        direction_buttons->disable_all();
+    else
+        warn();
+    const char* code = next_arg(payload);
+    if (!code) return;
+    int mask = 0;
+    if (!parse_exits_code(code, &mask)) {
+        warn();
+        return;
+    }
+    // FIXME: the automap takes the mask too (exits_mask) once it exists.
+    direction_buttons->set_exits(mask);
 }
 
 void zorn_mw::set_hit_points(const char* payload) { status_display->store_hit_points(payload ? payload : ""); }
