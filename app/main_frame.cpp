@@ -197,6 +197,7 @@ zorn_mw::~zorn_mw() {
     delete direction_buttons;
     delete hint_buttons;
     delete fkey_manager;
+    main_display->group_widget = nullptr;
     main_display->group_needed_height = nullptr;
     main_display->group_has_members = nullptr;
     zorn_set_frame_link(nullptr);

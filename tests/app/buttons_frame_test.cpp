@@ -2,7 +2,6 @@
 // bytes, and what is checked is what the frame's panels show and where.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
 #include "app/main_frame.h"
@@ -10,47 +9,21 @@
 #include "display/ansi_display.h"
 #include "input/button_sets.h"
 #include "panels/group_display.h"
-#include "tests/panels/panel_support.h"
+#include "tests/app/offline_frame.h"
 #include "tests/support/log_capture.h"
-#include "theme/builtin_images.h"
-#include "theme/theme.h"
 
 namespace {
 
-class ButtonsInFrame : public ::testing::Test {
+class ButtonsInFrame : public offline_frame_test {
 protected:
     void SetUp() override {
-        create_themes();
-        zorn_load_builtin_images();
-        switch_themes();
-        char pattern[] = "/tmp/lantern-buttons-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
-        LConfig& config = LConfig::instance();
-        config.set_directory(dir.c_str());
-        config.set_server_host("127.0.0.1:1");
-        if (!config.current()) config.setup_default_config(nullptr);
-        config.use_default_preferences();
-        frame = new zorn_mw(nullptr, wxID_ANY, "Ember Vale", wxPoint(0, 0), wxSize(zorn_frame_width, zorn_frame_height),
-                            wxDEFAULT_FRAME_STYLE);
-        frame->first_pass_done = 1;  // offline: the tests are the server
-        frame->Show();
-        server(";slogin;Tester;elogin;");
+        offline_frame_test::SetUp();
+        if (HasFatalFailure()) return;
         LConfig& c = LConfig::instance();
         c.set_direction_button_enable(1);
         c.set_hint_button_enable(1);
         c.set_current_layout(1);
         c.set_group_status_display(1);
-    }
-    void TearDown() override {
-        frame->Destroy();
-        pump_for(50);
-        std::system(("rm -rf '" + dir + "'").c_str());
-    }
-    void server(const std::string& bytes) {
-        frame->begin_block();
-        frame->process_socket_data(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));
-        frame->end_block();
     }
     std::string lit_directions() const {
         std::string lit;
@@ -64,9 +37,6 @@ protected:
         return true;
     }
     zorn_command_button* hint(int number) const { return frame->hint_buttons->buttons[number - 1]; }
-
-    zorn_mw* frame = nullptr;
-    std::string dir;
 };
 
 TEST_F(ButtonsInFrame, DirsLightsTheExitsAndSwitchesTheBlock) {

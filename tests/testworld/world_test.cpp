@@ -39,6 +39,17 @@ struct player {
     session link;
 };
 
+// Time passes round by round until the fight ends (at most 8 rounds); what the rounds sent.
+std::string fight_to_the_end(player& p, game_clock::time_point* now) {
+    std::string rounds;
+    for (int round = 0; round < 8 && p.link.fighting(); ++round) {
+        *now += session::round_interval;
+        p.link.tick(*now);
+        rounds += p.link.take_output();
+    }
+    return rounds;
+}
+
 TEST(TestworldSession, NamesAreTwoToFifteenLetters) {
     world game;
     const struct {
@@ -280,12 +291,7 @@ TEST(TestworldSession, TheTrainingDummyFightsUntilItFalls) {
     EXPECT_TRUE(contains(reply, ";tcombat;;senemyhp;100 the training dummy;eenemyhp;")) << reply;
     EXPECT_TRUE(contains(p.line("kill"), "already fighting"));
     game_clock::time_point now = game_clock::now();
-    std::string rounds;
-    for (int round = 0; round < 8 && p.link.fighting(); ++round) {
-        now += session::round_interval;
-        p.link.tick(now);
-        rounds += p.link.take_output();
-    }
+    const std::string rounds = fight_to_the_end(p, &now);
     EXPECT_FALSE(p.link.fighting());
     for (const char* step : {"80", "60", "40", "20"})
         EXPECT_TRUE(contains(rounds, std::string(";senemyhp;") + step + " the training dummy;eenemyhp;")) << step;
@@ -349,12 +355,7 @@ TEST(TestworldSession, FollowersJoinTheGroupAndFight) {
     EXPECT_TRUE(contains(p.line("recruit"), "Nobody else wants to join you."));
     p.line("kill");
     game_clock::time_point now = game_clock::now();
-    std::string rounds;
-    for (int round = 0; round < 8 && p.link.fighting(); ++round) {
-        now += session::round_interval;
-        p.link.tick(now);
-        rounds += p.link.take_output();
-    }
+    const std::string rounds = fight_to_the_end(p, &now);
     // Five rounds, each with a block: the followers lose 3, 5 and 2 points a round.
     size_t blocks = 0;
     for (size_t at = rounds.find(";sgroup;"); at != std::string::npos; at = rounds.find(";sgroup;", at + 1)) blocks++;
