@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "app/main_frame.h"
+#include "automap/automap_display.h"
 #include "base/words.h"
 #include "config/config_directory.h"
 #include "config/debug_log.h"
@@ -223,8 +224,9 @@ void zorn_mw::config_cmd_process(const char* text) {
     const int on = action != config_action::disable;
     switch (panel) {
         case config_panel::automap:
-            if (c.get_automap_display() != on) c.set_automap_display(on);
-            break;  // FIXME: the automap flashes its border once it exists
+            if (c.get_automap_display() != on) set_automap_display(on);
+            if (action == config_action::flash) automap->flash();
+            break;
         case config_panel::hint_buttons:
             c.set_hint_button_enable(on);
             if (action == config_action::flash) hint_buttons->flash_all();

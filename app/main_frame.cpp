@@ -10,8 +10,11 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "app/browser.h"
+#include "app/automap_frame.h"
+#include "app/dialogs.h"
+#include "base/boot.h"
 #include "app/layout.h"
+#include "app/menus.h"
 #include "base/threads.h"
 #include "base/words.h"
 #include "config/debug_log.h"
@@ -20,6 +23,8 @@
 #include "display/ansi_palette.h"
 #include "display/display_hooks.h"
 #include "app/clipboard.h"
+#include "automap/automap_display.h"
+#include "automap/automap_renderer.h"
 #include "input/embedded_window.h"
 #include "input/button_sets.h"
 #include "input/input_window.h"
@@ -88,6 +93,7 @@ wxBEGIN_EVENT_TABLE(zorn_mw, zorn_frame)
     EVT_MENU_RANGE(zorn_popup_menu_first_id, zorn_popup_menu_first_id + zorn_popup_menu_items - 1,
                    zorn_mw::popup_menu_handler)
     EVT_MENU(zorn_popup_menu_reset_id, zorn_mw::reset_positions_handler)
+    EVT_MENU_RANGE(1, zorn_menu_last_fixed_id, zorn_mw::menu_handler)
 wxEND_EVENT_TABLE()
 
 // Panels and dialogs of later subsystems join in the places their steps name.
@@ -104,6 +110,11 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
       popup_manager(nullptr),
       channel_window(nullptr),
       popups_menu(nullptr),
+      newbie_quit_dialog(nullptr),
+      save_quit_dialog(nullptr),
+      pgm_exit_dialog(nullptr),
+      newbie_disconnect_dialog(nullptr),
+      disconnect_dialog(nullptr),
       popup_count(0),
       status_display(nullptr),
       status_bar(nullptr),
@@ -111,6 +122,8 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
       hint_buttons(nullptr),
       fkey_manager(nullptr),
       group_display(nullptr),
+      automap(nullptr),
+      automap_frame(nullptr),
       tick_timer(this, zorn_tick_timer_id),
       ping_timer(this, zorn_ping_timer_id),
       autosave_timer(this, zorn_autosave_timer_id),
@@ -146,11 +159,17 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
     main_display->group_widget = group_display;
     main_display->group_needed_height = [this] { return group_display->required_height(); };
     main_display->group_has_members = [this] { return !group_display->members.empty(); };
+    newbie_quit_dialog = new zorn_newbie_quit_dialog(this);
+    save_quit_dialog = new zorn_save_quit_dialog(this);
+    pgm_exit_dialog = new zorn_pgm_exit_dialog(this);
+    newbie_disconnect_dialog = new zorn_newbie_disconnect_dialog(this);
+    disconnect_dialog = new zorn_disconnect_dialog(this);
     build_menu_bar();
     // Both strips stay hidden until a login shows them by the settings.
     status_display = new zorn_status_display(this, wxID_ANY);
     status_display->Show(false);
     status_bar = new zorn_status_bar(this, wxID_ANY);
+    create_automap();
 
     SetBackgroundColour(*wxBLACK);
     input_window->line_edit.set_line_font();
@@ -158,10 +177,12 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
     main_display->set_display_font(zorn_main_font());
     zorn_set_config_listener(this);
     connect_display_hooks();
+    reparent_automap();
+    reparent_group_display();
+    update_automap_visibility();
     // Text from the first byte on uses the record's palette.
     zorn_select_palette(LConfig::instance().get_font_colors_setting());
 
-    reparent_group_display();
     direction_buttons->setup();
     layout_panels();
     Refresh(false);
@@ -277,7 +298,6 @@ void zorn_mw::OnResize(wxSizeEvent&) {
     Refresh(false);
 }
 
-// FIXME: the automap is placed here once it joins.
 void zorn_mw::layout_panels() {
     update_background(false);
     wxSize size = GetClientSize();
@@ -290,9 +310,9 @@ void zorn_mw::layout_panels() {
     s.current_layout = c.get_current_layout();
     s.group_status_display = c.get_group_status_display();
     s.automap_docked = c.get_automap_docked();
-    // FIXME: the automap's setting and size count once the automap exists; a map that isn't there
-    // takes no room, so the left column keeps the width of the group display.
-    s.automap_display = false;
+    s.automap_display = c.get_automap_display();
+    in.automap_width = automap->get_width();
+    in.automap_height = automap->get_height();
     s.direction_button_enable = c.get_direction_button_enable();
     s.hint_button_enable = c.get_hint_button_enable();
     s.fkey_button_display = c.get_fkey_button_display();
@@ -325,6 +345,8 @@ void zorn_mw::layout_panels() {
     const layout_rect& ch = placed.channel_window;
     if (ch.placed) channel_window->set_rect(ch.x, ch.y, ch.width, ch.height);
     channel_window->show(ch.shown);
+    const layout_rect& a = placed.automap;
+    place_automap(a.placed, a.x, a.y, a.width, a.height);
     const layout_rect& g = placed.group_display;
     if (g.placed) {
         group_display->set_size(g.x, g.y, g.width, g.height);
@@ -371,12 +393,12 @@ void zorn_mw::refresh_main_font() {
     channel_window->set_all_fonts(font);
     popup_manager->change_font(font);
     input_window->line_edit.set_line_font();
+    automap->renderer->Refresh(false);
     LConfig::instance().store_main_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
     layout_panels();
     Refresh(false);
 }
 
-// FIXME: the automap takes the font here once it joins.
 void zorn_mw::refresh_button_font() {
     status_display->force_resize();
     status_bar->force_resize();
@@ -389,11 +411,11 @@ void zorn_mw::refresh_button_font() {
     channel_window->layout();
     popup_manager->change_theme();
     LConfig::instance().store_button_font(font->GetNativeFontInfoDesc().utf8_str(), font->GetPointSize());
+    automap->Refresh(false);
     layout_panels();
     Refresh(false);
 }
 
-// FIXME: the automap is told here once it joins.
 void zorn_mw::refresh_themes(bool force) {
     switch_themes();
     hint_buttons->change_theme();
@@ -404,6 +426,7 @@ void zorn_mw::refresh_themes(bool force) {
     status_display->Refresh(false);
     status_bar->Refresh(false);
     if (force) update_background(true);
+    automap->Refresh(false);
     layout_panels();
     Refresh(false);
 }
@@ -456,7 +479,6 @@ void zorn_mw::system_shutdown_handler() {
     shutdown_countdown = zorn_shutdown_ticks;
 }
 
-void zorn_mw::verify_program_exit() { system_shutdown_handler(); }
 
 // FIXME: audio release joins here.
 void zorn_mw::exit_step() {

@@ -30,6 +30,13 @@ class zorn_main_window;
 class zorn_ansi_display;
 class zorn_channel_window;
 class wxMenu;
+class wxDialog;
+class zorn_newbie_quit_dialog;
+class zorn_save_quit_dialog;
+class zorn_pgm_exit_dialog;
+class zorn_newbie_disconnect_dialog;
+class zorn_disconnect_dialog;
+struct zorn_web_link;
 class wxCommandEvent;
 class zorn_status_display;
 class zorn_status_bar;
@@ -38,6 +45,8 @@ class zorn_hint_buttons;
 class zorn_fkey_manager;
 class zorn_group_display;
 struct layout_result;
+class zorn_automap_display;
+class zorn_automap_frame;
 
 // How far the player is; says nothing of the socket.
 enum : int {
@@ -147,8 +156,6 @@ public:
     void set_hit_points(const char* payload);
     void set_enemy(const char* payload);
     void set_experience(const char* payload);
-    // "dirs": the direction buttons on or off, and the room's exits.
-    void tag_dirs(const char* payload);
 
     // ---- Client commands (commands.cpp) ----
     void config_cmd_process(const char* text);
@@ -162,6 +169,15 @@ public:
     void queue_message(const char* text);
 
     void layout_panels() override;
+
+    // ---- The automap (automap_frame.cpp) ----
+    // Stores the setting, shows or hides the panel (and its frame when floating), lays out.
+    void set_automap_display(int value) override;
+    // "Docked Map": turns the map on if needed, flips the docking, re-parents, lays out.
+    void toggle_automap_docked();
+    void reparent_automap();
+    void automap_smaller() override;
+    void automap_larger() override;
     // After a change of the main font's glyphs: everything measured with it is laid out again.
     void refresh_main_font() override;
     // After a change of the button and status fonts.
@@ -178,9 +194,12 @@ public:
     bool open_browser(const char* url);
     // Starts the exit countdown; every exit the user asks for comes here.
     void system_shutdown_handler();
-    // FIXME: asks first when a character is at stake, once the dialogs exist; until then it goes
-    // straight to system_shutdown_handler, as it does with no character in the game.
+    // The close box and every exit the player asks for: asks first while a character is in play.
     void verify_program_exit();
+    void verify_disconnect();
+    void menu_file_save_and_quit();
+    // Centred on the frame; a dialog showing already is shown again there.
+    void show_dialog_centered(wxDialog* dialog);
 
     // zorn_stream_sink: what the stream parser hands on.
     void begin_block() override;
@@ -234,6 +253,11 @@ public:
     zorn_popup_manager* popup_manager;
     zorn_channel_window* channel_window;
     wxMenu* popups_menu;
+    zorn_newbie_quit_dialog* newbie_quit_dialog;
+    zorn_save_quit_dialog* save_quit_dialog;
+    zorn_pgm_exit_dialog* pgm_exit_dialog;
+    zorn_newbie_disconnect_dialog* newbie_disconnect_dialog;
+    zorn_disconnect_dialog* disconnect_dialog;
     // Items in the "&Popups" menu.
     int popup_count;
     zorn_status_display* status_display;
@@ -242,6 +266,8 @@ public:
     zorn_hint_buttons* hint_buttons;
     zorn_fkey_manager* fkey_manager;
     zorn_group_display* group_display;
+    zorn_automap_display* automap;
+    zorn_automap_frame* automap_frame;
     wxTimer tick_timer;
     wxTimer ping_timer;
     wxTimer autosave_timer;
@@ -263,6 +289,10 @@ public:
 private:
     void connect_display_hooks();
     void place_button_sets(const layout_result& placed);
+    void create_automap();
+    bool automap_tag(const char* name, const char* payload, int length);
+    void tag_dirs(const char* payload);
+    void place_automap(bool placed, int x, int y, int width, int height);
     void run_client_command(const client_command_match& match);
     void echo_line(const char* text);
     void print_command_list();
@@ -278,6 +308,14 @@ private:
     void undivert_text();
     void unappend_text();
     void build_menu_bar();
+    void menu_handler(wxCommandEvent& event);
+    void save_logfile_dialog();
+    void settings_menu_item(int id);
+    void open_web_link(const zorn_web_link& link);
+    void in_game_help(const char* command);
+    void change_main_font_size(int delta);
+    void choose_font(bool button_font);
+    void set_automap_cell_size(int size);
     void popup_menu_handler(wxCommandEvent& event);
     void reset_positions_handler(wxCommandEvent& event);
 

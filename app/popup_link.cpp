@@ -7,21 +7,6 @@
 #include "display/ansi_display.h"
 #include "panels/channel_window.h"
 
-namespace {
-
-constexpr const char* popups_title = "&Popups";
-
-}  // namespace
-
-// The menu bar starts with the popup windows' menu; the other menus join it in their order.
-void zorn_mw::build_menu_bar() {
-    auto* bar = new wxMenuBar();
-    popups_menu = new wxMenu();
-    bar->Append(popups_menu, wxString::FromUTF8(popups_title));
-    SetMenuBar(bar);
-    reset_popup_menu();
-}
-
 void zorn_mw::reset_popup_menu() {
     if (!popups_menu) return;
     while (popups_menu->GetMenuItemCount() > 0) popups_menu->Destroy(popups_menu->FindItemByPosition(0));

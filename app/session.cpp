@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "app/main_frame.h"
+#include "automap/automap_display.h"
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
@@ -67,7 +68,6 @@ void zorn_mw::socket_connect(int port) {
     select_history_list(1);
 }
 
-// FIXME: the automap's visibility and its reset join here with the automap.
 void zorn_mw::socket_disconnect(const char* reason) {
     socket.close();
     parser.set_state(zorn_stream_parser::plain_text);
@@ -76,6 +76,7 @@ void zorn_mw::socket_disconnect(const char* reason) {
     select_history_list(0);
     session_state = session_none;
     SetTitle(wxString::FromUTF8(zorn_frame_title));
+    update_automap_visibility();
     fkey_manager->set_all_active(0);
     status_bar->reset();
     status_display->reset();
@@ -93,6 +94,7 @@ void zorn_mw::socket_disconnect(const char* reason) {
     direction_buttons->disable_all();
     hint_buttons->clear_all();
     hint_buttons->set_connect_quit();
+    automap->reset();
     popup_manager->destroy_all();
     layout_panels();
     Refresh(false);

@@ -35,13 +35,6 @@ void zorn_mw::choose_font_colors(int font_colors_setting) {
 
 bool zorn_mw::is_logged_in() { return session_state == session_logged_in; }
 
-// FIXME: the menu bar's check and radio items follow here once the menus exist.
-// The palette follows its radio group, so applying a character's record selects its palette.
-void zorn_mw::sync_menu_item(zorn_setting key, int value) {
-    if (key == zorn_setting_font_colors_setting) zorn_select_palette(value);
-}
-void zorn_mw::sync_audio_menu_item(int) {}
-
 void zorn_mw::mark_client_status_dirty() { client_status_dirty = 1; }
 
 void zorn_mw::layout_and_refresh() {
@@ -56,8 +49,8 @@ void zorn_mw::relayout_scrollbar() {
     Refresh(false);
 }
 
-// FIXME: reparent_automap runs first once the automap exists.
 void zorn_mw::switch_layout() {
+    reparent_automap();
     reparent_group_display();
     update_background(false);
     layout_panels();
@@ -89,13 +82,7 @@ void zorn_mw::show_status_display(bool show) {
 }
 
 void zorn_mw::hide_group_display() { group_display->Show(false); }
-
 void zorn_mw::set_channel_window_enable(int) { layout_and_refresh(); }
-
-// FIXME: the automap takes these over once it joins.
-void zorn_mw::set_automap_scale(int) {}
-void zorn_mw::enable_automap_size_items(bool) {}
-void zorn_mw::update_automap_visibility() {}
 
 void zorn_mw::apply_fonts(const char* main_description, int main_size, const char* button_description,
                           int button_size) {

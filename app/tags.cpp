@@ -4,6 +4,8 @@
 #include <cstring>
 
 #include "app/main_frame.h"
+#include "automap/automap_display.h"
+#include "automap/automap_renderer.h"
 #include "base/threads.h"
 #include "base/words.h"
 #include "config/debug_log.h"
@@ -30,8 +32,7 @@ bool numbered_tag(const char* name, const char* prefix) {
 
 }  // namespace
 
-// Rows whose panel has not joined the frame yet log as an unknown tag does; each FIXME names the
-// panel that takes the row over.
+// The numbered button tags come last, so "bclear" never reaches them.
 void zorn_mw::process_tagged_data(const char* name, const char* payload, int length) {
     if (!name) return;
     if (!payload) payload = "";
@@ -49,6 +50,7 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
         undivert_text();
     } else if (std::strcmp(name, "unappend") == 0) {
         unappend_text();
+    } else if (automap_tag(name, payload, length)) {
     } else if (std::strcmp(name, "chdiv") == 0) {
         channel_window->set_divert_channel(payload);
         channel_divert_active = 1;
@@ -64,14 +66,12 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
     } else if (std::strcmp(name, "xpp") == 0) {
         set_experience(payload);
     } else if (std::strcmp(name, "ncombat") == 0) {
-        // FIXME: the automap's combat flag goes off first, once the automap exists.
+        automap->set_combat(false);
         set_enemy("");
     } else if (std::strcmp(name, "skystate") == 0) {
         status_bar->update_sky_display(payload);
     } else if (std::strcmp(name, "icons") == 0) {
         status_bar->set_icons(payload);
-    } else if (std::strcmp(name, "dirs") == 0) {
-        tag_dirs(payload);
     } else if (std::strcmp(name, "group") == 0) {
         group_display->parse_group_block(payload);
     } else if (std::strcmp(name, "bclear") == 0) {
@@ -86,7 +86,6 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
     } else if (numbered_tag(name, "b")) {
         hint_buttons->setup_button(name, payload);
     } else {
-        // FIXME: map, walkfail, areaname and combat join with the automap.
         no_handler(name);
     }
 }
@@ -100,7 +99,7 @@ void zorn_mw::tag_login(const char* payload, int length) {
     }
     session_state = session_logged_in;
     select_history_list(2);
-    // FIXME: automap visibility follows the settings here once the automap exists.
+    update_automap_visibility();
     fkey_manager->set_all_active(1);
     const LConfig& c = LConfig::instance();
     status_bar->Show(c.get_status_bar() != 0);
@@ -172,30 +171,6 @@ void zorn_mw::send_ping() {
     if (session_state != session_logged_in) return;
     send_line("lnping");
     ping_sent_time = zorn_gettimeofday_useconds();
-}
-
-// "on" or "off" for the direction buttons, then two letters of the exits mask, 'A' to '`' each
-// (five bits); a code of other bytes leaves the mask as it was.
-void zorn_mw::tag_dirs(const char* payload) {
-    const auto warn = [payload] {
-        if (zorn_debug_level >= 2)
-            zorn_client_debug_printf("Warning in zorn_mw::process_tagged_data(), bad dirs string '%s'.\n", payload);
-    };
-    if (word_equal(payload, "on"))
-        direction_buttons->enable_all();
-    else if (word_equal(payload, "off"))
-        direction_buttons->disable_all();
-    else
-        warn();
-    const char* code = next_arg(payload);
-    if (!code) return;
-    int mask = 0;
-    if (!parse_exits_code(code, &mask)) {
-        warn();
-        return;
-    }
-    // FIXME: the automap takes the mask too (exits_mask) once it exists.
-    direction_buttons->set_exits(mask);
 }
 
 void zorn_mw::set_hit_points(const char* payload) { status_display->store_hit_points(payload ? payload : ""); }

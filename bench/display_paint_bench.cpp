@@ -14,15 +14,11 @@
 #include <string>
 
 #include "bench/corpus.h"
+#include "bench/wx_bench_main.h"
 #include "display/ansi_display.h"
 #include "display/display_hooks.h"
 
 namespace {
-
-class bench_app : public wxApp {
-public:
-    bool OnInit() override { return true; }
-};
 
 zorn_display_settings fresh_settings() { return zorn_display_settings(); }
 
@@ -92,17 +88,5 @@ BENCHMARK(BM_repaint_and_show_1920x1080)->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    wxApp::SetInstance(new bench_app);
-    if (!wxEntryStart(argc, argv)) {
-        std::fprintf(stderr, "no X display: run under xvfb-run\n");
-        return 1;
-    }
-    wxTheApp->CallOnInit();
-    zorn_set_display_settings_source(fresh_settings);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    wxTheApp->OnExit();
-    wxEntryCleanup();
-    return 0;
+    return run_wx_benchmarks(argc, argv, [] { zorn_set_display_settings_source(fresh_settings); });
 }

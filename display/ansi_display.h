@@ -12,6 +12,7 @@
 #include <wx/scrolbar.h>
 
 #include "display/ansi_model.h"
+#include "display/log_export.h"
 #include "display/textctrl.h"
 #include "input/embedded_window.h"
 
@@ -39,6 +40,8 @@ public:
     void resume_updates() { ansi.resume_updates(); }
     void rerender() { ansi.rerender(); }
     void rerender_flush() { ansi.rerender_flush(); }
+    void export_html(FILE* file) { ansi.export_html(file); }
+    void export_text(FILE* file) { ansi.export_text(file); }
 
     // View.
     void scroll_to_end() { ansi.scroll_to_end(); }
@@ -106,3 +109,8 @@ public:
     std::function<int()> group_needed_height;   // the group display's needed height
     std::function<bool()> group_has_members;
 };
+
+// The save dialog's work on a display once it has answered OK (see display/log_export.h).
+inline bool zorn_save_logfile(zorn_ansi_display* display, const char* path, int filter_index, std::string* message) {
+    return zorn_save_logfile(display ? &display->ansi : nullptr, path, filter_index, message);
+}

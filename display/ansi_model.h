@@ -13,6 +13,7 @@
 // over between blocks, so a sequence may be split anywhere; a run of text does not.
 
 #include <cstdint>
+#include <cstdio>
 
 #include "display/ansi_palette.h"
 #include "display/render_list.h"
@@ -75,6 +76,10 @@ public:
     size_t render_record_count() const { return render.count(); }
     void render_record(size_t i, zorn_render_list* out) const { render.record(i, out); }
     const zorn_render_store& render_store() const { return render; }
+    // The whole history, pending text included, to an open stream that stays open: as a web page
+    // or as plain text (display/log_export.cpp).
+    void export_html(FILE* file);
+    void export_text(FILE* file);
 
     zorn_textctrl_model* text;
     zorn_ansi_view_client* client;

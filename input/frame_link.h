@@ -62,6 +62,8 @@ public:
     // One step of the automap's size, as the View menu's items.
     virtual void automap_smaller() {}
     virtual void automap_larger() {}
+    // Shows or hides the automap (Ctrl-M): the setting and the visible work.
+    virtual void set_automap_display(int /*value*/) {}
     // After a setting that changes the sizes of panels (input_height, channel_window_height).
     virtual void layout_panels() {}
     // After the main font changed size: every panel measured with it is laid out again.

@@ -67,6 +67,16 @@ void toggle_setting(int (LConfig::*get)() const, void (LConfig::*set)(int)) {
     (config.*set)((config.*get)() ? 0 : 1);
 }
 
+// The automap's switch also shows or hides it, through the frame when there is one.
+void toggle_automap() {
+    LConfig& config = LConfig::instance();
+    const int value = config.get_automap_display() ? 0 : 1;
+    if (zorn_frame_link* link = frame())
+        link->set_automap_display(value);
+    else
+        config.set_automap_display(value);
+}
+
 void layout() {
     if (zorn_frame_link* link = frame()) link->layout_panels();
 }
@@ -329,7 +339,7 @@ bool zorn_line_edit::ctrl_digit(int digit, bool shift) {
         return true;
     }
     switch (digit) {
-        case 1: toggle_setting(&LConfig::get_automap_display, &LConfig::set_automap_display); break;
+        case 1: toggle_automap(); break;
         case 2: toggle_setting(&LConfig::get_group_status_display, &LConfig::set_group_status_display); break;
         case 3: toggle_setting(&LConfig::get_hpbar_enable, &LConfig::set_hpbar_enable); break;
         case 4: toggle_setting(&LConfig::get_enemy_hpbar_enable, &LConfig::set_enemy_hpbar_enable); break;
@@ -390,7 +400,7 @@ bool zorn_line_edit::ctrl_key(wxKeyEvent& event) {
             if (link) link->send_break();
             return true;
         case 'K': clear_line(); return true;
-        case 'M': toggle_setting(&LConfig::get_automap_display, &LConfig::set_automap_display); return true;
+        case 'M': toggle_automap(); return true;
         case 'P': toggle_setting(&LConfig::get_hpbar_enable, &LConfig::set_hpbar_enable); return true;
         case 'Q':
             if (!link) return true;

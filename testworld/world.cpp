@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "testworld/map_area.h"
 #include "testworld/wire.h"
 
 namespace testworld {
@@ -32,6 +33,8 @@ const popup_row popup_table[] = {
     {"Log", "Your log", "50 12", "", "noscroll"},
 };
 
+constexpr const char* world_version = "0.3";
+
 // The bot on the chat channels: it answers every channel message, on both channels.
 constexpr const char* bot_name = "Wren";
 // Most windows a "popups" command defines.
@@ -55,7 +58,11 @@ const room room_table[] = {
     {"Mill Pond", "Reeds grow thick around a still pond by the silent mill.", 0, 2, "110", 5},
     {"South Gate", "A wooden gate closes the village to the south.", 1, 2, "110", 2},
     {"Chapel Garden", "Moss covers the stones of a small walled garden; clouds hang over it.", 2, 2, "111", 3},
+    {"Watchtower Top", "Wind tugs at you on the broken battlements high above the village.", 0, 0, "110", 4, 1},
 };
+
+// The zone of each level, sent as the area name.
+const char* const zone_names[] = {"Ember Vale", "Watchtower Heights"};
 
 constexpr const char* dummy_name = "the training dummy";
 constexpr int dummy_blow = 20;     // percent of the dummy's health each round
@@ -65,10 +72,16 @@ constexpr int kill_experience = 150;
 constexpr int bonus_experience = 120;
 
 const std::vector<direction> direction_table = {
-    {"north", "n", 0, -1, 1},
-    {"east", "e", 1, 0, 4},
-    {"south", "s", 0, 1, 16},
-    {"west", "w", -1, 0, 64},
+    {"north", "n", 0, -1, 1, 0, 0, 'A'},
+    {"east", "e", 1, 0, 4, 0, 1, 'B'},
+    {"south", "s", 0, 1, 16, 0, 2, 'C'},
+    {"west", "w", -1, 0, 64, 0, 3, 'D'},
+    {"northeast", "ne", 1, -1, 2, 0, 4, 'E'},
+    {"southeast", "se", 1, 1, 8, 0, 5, 'F'},
+    {"southwest", "sw", -1, 1, 32, 0, 6, 'G'},
+    {"northwest", "nw", -1, -1, 128, 0, 7, 'H'},
+    {"up", "u", 0, 0, 256, 1, -1, '@'},
+    {"down", "d", 0, 0, 512, -1, -1, '@'},
 };
 
 std::string trim(const std::string& text) {
@@ -117,6 +130,8 @@ const command_row command_table[] = {
     {"gossip", nullptr, &session::command_gossip},
     {"ooc", nullptr, &session::command_ooc},
     {"popups", nullptr, &session::command_popups},
+    {"recall", nullptr, &session::command_recall},
+    {"version", nullptr, &session::command_version},
     {"kill", "k", &session::command_kill},
     {"time", nullptr, &session::command_time},
     {"sleep", nullptr, &session::command_sleep},
@@ -174,9 +189,9 @@ std::string exits_code(int mask) {
 
 world::world() : grid_width(3), grid_height(3), rooms(std::begin(room_table), std::end(room_table)) {}
 
-const room* world::room_at(int x, int y) const {
+const room* world::room_at(int x, int y, int level) const {
     for (const room& r : rooms)
-        if (r.x == x && r.y == y) return &r;
+        if (r.x == x && r.y == y && r.level == level) return &r;
     return nullptr;
 }
 
@@ -185,7 +200,7 @@ const room& world::start_room() const { return *room_at(1, 1); }
 int world::exits_mask(const room& where) const {
     int mask = 0;
     for (const direction& way : direction_table)
-        if (room_at(where.x + way.dx, where.y + way.dy)) mask |= way.exit_bit;
+        if (room_at(where.x + way.dx, where.y + way.dy, where.level + way.dz)) mask |= way.exit_bit;
     return mask;
 }
 
@@ -329,7 +344,6 @@ void session::handle_password(const std::string& line) {
     where = &game->start_room();
     game->enter(session_id, name, where, deliver);
     output += tag("login", name);
-    output += tag("areaname", "Ember Vale");
     for (const popup_row& row : popup_table) output += window_create(row);
     send_icons();
     output += tag("xpp", std::to_string(experience));
@@ -371,9 +385,15 @@ void session::handle_command(const std::string& line) {
     prompt();
 }
 
-void session::command_look(const std::string& /*arguments*/) {
+void session::command_look(const std::string& /*arguments*/) { describe('@', 0); }
+
+void session::describe(char map_direction, char trailer) {
     const int mask = game->exits_mask(*where);
     output += exits_tag(!asleep);
+    output += tag("areaname", zone_names[where->level]);
+    const int map_x = where->level == 0 ? where->x + map_village_offset : 0;
+    const int map_y = where->level == 0 ? where->y + map_village_offset : 0;
+    output += tag("map", map_block(map_x, map_y, where->level, map_direction, trailer));
     send_hint_buttons();
     send_sky(game_clock::now());
     output += colored(where->name, sgr_white, true) + "\r\n";
@@ -388,8 +408,9 @@ void session::command_look(const std::string& /*arguments*/) {
 }
 
 void session::walk(const direction& way) {
-    const room* target = game->room_at(where->x + way.dx, where->y + way.dy);
+    const room* target = game->room_at(where->x + way.dx, where->y + way.dy, where->level + way.dz);
     if (!target) {
+        if (way.number >= 0) output += tag("walkfail", std::to_string(way.number));
         send_text("You cannot go that way.\r\n");
         prompt();
         return;
@@ -405,7 +426,8 @@ void session::walk(const direction& way) {
     game->move(session_id, where);
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " arrives.\r\n");
     output += single_tag("bclear");
-    command_look("");
+    // Up grows the level picture, down shrinks it; neither slides.
+    describe(way.map_direction, way.dz > 0 ? 'A' : way.dz < 0 ? 'B' : 0);
 }
 
 void session::command_say(const std::string& arguments) {
@@ -428,7 +450,13 @@ void session::command_who(const std::string& /*arguments*/) {
     prompt();
 }
 
-void session::command_quit(const std::string& /*arguments*/) {
+// "quit -check" only warns, as the client asks before it closes; "quit" and "quit -f" end the session.
+void session::command_quit(const std::string& arguments) {
+    if (lower(arguments) == "-check") {
+        send_text(colored("Warning:", sgr_red, true) + " you are about to leave the game. Type 'quit' to go.\r\n");
+        prompt();
+        return;
+    }
     output += tag("event", "logoff");
     send_text("Goodbye.\r\n");
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " leaves the world.\r\n");
@@ -436,8 +464,30 @@ void session::command_quit(const std::string& /*arguments*/) {
     stage = stage_done;
 }
 
-void session::command_help(const std::string& /*arguments*/) {
-    send_text("Commands: north (n), east (e), south (s), west (w), look (l), say <text> (' <text>), who, "
+void session::command_recall(const std::string& /*arguments*/) {
+    if (where != &game->start_room()) {
+        game->tell_room(where, session_id, "\r\n" + escape_text(name) + " vanishes.\r\n");
+        where = &game->start_room();
+        game->move(session_id, where);
+    }
+    send_text("You pray, and the world folds you back to the village square.\r\n");
+    command_look("");
+}
+
+void session::command_version(const std::string& /*arguments*/) {
+    send_text(std::string("Ember Vale test world, version ") + world_version + ".\r\n");
+    prompt();
+}
+
+void session::command_help(const std::string& arguments) {
+    if (lower(arguments) == "me") {
+        send_text("More commands: recall brings you back to the square, version shows the world's version, "
+                  "quit -check warns before you quit, quit -f quits at once.\r\n");
+        prompt();
+        return;
+    }
+    send_text("Commands: north (n), east (e), south (s), west (w), northeast (ne) and the other diagonals, "
+              "up (u) and down (d) at the watchtower, look (l), say <text> (' <text>), who, "
               "quit.\r\n");
     send_text("Client tests: inventory (i), score and spells fill popup windows, note <text> adds to the log "
               "window, popup <name> writes into any window, popups <n> defines n more windows, gossip <text> and "

@@ -36,6 +36,7 @@ struct room {
     // The first field of "skystate": outdoors, sky visible, overcast.
     const char* sky;
     int terrain;
+    int level = 0;  // 1: above the village, reached by "up" from the watchtower
 };
 
 using game_clock = std::chrono::steady_clock;
@@ -50,6 +51,9 @@ struct direction {
     int dx;
     int dy;
     int exit_bit;  // the bit of the client's exits mask
+    int dz = 0;    // up 1, down -1
+    int number = -1;         // the "walkfail" direction number, -1 for up and down
+    char map_direction = '@';  // the map block's direction byte
 };
 
 const std::vector<direction>& directions();
@@ -65,7 +69,7 @@ public:
 
     int width() const { return grid_width; }
     int height() const { return grid_height; }
-    const room* room_at(int x, int y) const;
+    const room* room_at(int x, int y, int level = 0) const;
     const room& start_room() const;
     int exits_mask(const room& where) const;
 
@@ -131,6 +135,8 @@ public:
     void command_gossip(const std::string& arguments);
     void command_ooc(const std::string& arguments);
     void command_popups(const std::string& arguments);
+    void command_recall(const std::string& arguments);
+    void command_version(const std::string& arguments);
     void command_kill(const std::string& arguments);
     void command_time(const std::string& arguments);
     void command_sleep(const std::string& arguments);
@@ -144,6 +150,8 @@ public:
     void command_recruit(const std::string& arguments);
     void command_dismiss(const std::string& arguments);
     void walk(const direction& way);
+    // The room's exits, area and map block, then its description.
+    void describe(char map_direction, char trailer);
 
     // Time passes: a fight round every round_interval, a "skystate" at each new game hour.
     void tick(game_clock::time_point now);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/main_frame.h"
+#include "automap/automap_display.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "input/button_sets.h"
@@ -24,6 +25,8 @@ protected:
         c.set_hint_button_enable(1);
         c.set_current_layout(1);
         c.set_group_status_display(1);
+        // The map takes the left column's top when shown; most places here are measured without it.
+        frame->set_automap_display(0);
     }
     std::string lit_directions() const {
         std::string lit;
@@ -54,9 +57,9 @@ TEST_F(ButtonsInFrame, DirsLightsTheExitsAndSwitchesTheBlock) {
     EXPECT_TRUE(directions_enabled());
     EXPECT_EQ(lit_directions(), "Out ") << "no second word: the exits stay";
     log_capture log(2);
-    server(";sdirs;sideways CB;edirs;;sdirs;ON a;edirs;");
+    server(";sdirs;sideways CB;edirs;;sdirs;ON ab;edirs;");
     EXPECT_EQ(log.text(), "Warning in zorn_mw::process_tagged_data(), bad dirs string 'sideways CB'.\n"
-                          "Warning in zorn_mw::process_tagged_data(), bad dirs string 'ON a'.\n");
+                          "Warning in zorn_mw::process_tagged_data(), bad dirs string 'ON ab'.\n");
     EXPECT_EQ(lit_directions(), "N W Out ") << "a bad first word still takes the exits; a bad code none";
     EXPECT_TRUE(directions_enabled()) << "ON, whatever its case";
     LConfig::instance().set_direction_button_enable(0);
@@ -126,11 +129,16 @@ TEST_F(ButtonsInFrame, GroupDisplayInEachLayout) {
     const std::string two = ";sgroup;10 10 10 10 10 10 Tester\n5 5 0 0 5 5 . Ana\n;egroup;";
     const std::string three = ";sgroup;10 10 10 10 10 10 Tester\n5 5 0 0 5 5 . Ana\n3 3 0 0 3 3 - Pip\n;egroup;";
     zorn_group_display& g = *frame->group_display;
-    // Left top: under the (absent) map at the top of the left column.
+    // Left top: under the docked map, as wide as the map.
+    frame->set_automap_display(1);
     server(two);
     EXPECT_TRUE(g.IsShown());
     EXPECT_EQ(g.GetParent(), frame);
     EXPECT_EQ(g.mode, 1);
+    const wxSize map = frame->automap->GetSize();
+    EXPECT_EQ(g.GetRect(), wxRect(2, map.GetHeight() + 12, map.GetWidth(), g.required_height()));
+    // Without the map it stands at the column's top, 160 wide.
+    frame->set_automap_display(0);
     EXPECT_EQ(g.GetRect(), wxRect(2, 2, 160, g.required_height()));
 
     // Left bottom above the function key row: a joining member leaves the bottom edge in place.
@@ -146,8 +154,10 @@ TEST_F(ButtonsInFrame, GroupDisplayInEachLayout) {
     LConfig::instance().set_current_layout(0);
     EXPECT_EQ(g.GetParent(), frame->main_display->textctrl);
     EXPECT_EQ(g.mode, 2);
+    // The hidden map still sets the place: below its inset, as wide as the map.
     const int text_width = frame->main_display->textctrl->GetSize().GetWidth();
-    EXPECT_EQ(g.GetRect(), wxRect(text_width - 10 - text_width / 5, 10, text_width / 5, g.required_height()));
+    const int inset = 2 * frame->main_display->automap_inset();
+    EXPECT_EQ(g.GetRect(), wxRect(text_width - map.GetWidth() - inset, inset, map.GetWidth(), g.required_height()));
     EXPECT_TRUE(g.IsShown());
 
     // Off hides it; on again shows the group kept meanwhile; an empty block hides it.

@@ -69,6 +69,28 @@ wait_for 50 title_is "Ember Vale - Player Binary" || fail "title '$(xdotool getw
 type_line look
 wait_for 50 received look || fail "a command after login did not reach the world"
 
+# While a character is in play the close box asks first, and asks the world whether it may go.
+"$close_tool" "$WID"
+wait_for 50 received "quit -check" || fail "the close box did not send quit -check"
+DID=$(timeout 10 xdotool search --sync --name '^Logoff Warning$' | head -1)
+[ -n "$DID" ] || fail "no Logoff Warning dialog"
+where=$(xdotool getwindowgeometry "$DID" | grep Position)
+"$close_tool" "$WID"
+asked_twice() { [ "$(grep -cxF -- "quit -check" "$tmp/received.log")" -eq 2 ]; }
+wait_for 50 asked_twice || fail "a second close did not ask again"
+[ "$(xdotool getwindowgeometry "$DID" | grep Position)" = "$where" ] || fail "the dialog moved"
+client_ended && fail "the client ended while the dialog asked"
+
+# Logoff: an empty line, recall and quit -f twice; the world closes and the client runs on offline.
+xdotool windowfocus --sync "$DID"
+xdotool key Return
+wait_for 50 received "quit -f" || fail "Logoff did not send quit -f"
+[ "$(sed -n '/^quit -check$/,$p' "$tmp/received.log" | sed -n '3,5p' | tr '\n' '|')" = "|recall|quit -f|" ] ||
+    fail "the logoff lines came in another order"
+sleep 0.5
+client_ended && fail "the client ended with the session"
+
+# No character at stake any more: the close box ends the client at once.
 "$close_tool" "$WID"
 wait_for 100 client_ended || fail "the close box did not end the client"
 wait "$APP_PID"

@@ -2,13 +2,19 @@
 // application builds it connects by itself, and what the player types goes through the line editor
 // and the X server. What the world received is read back from its --log file.
 #include <gtest/gtest.h>
+#include <wx/uiaction.h>
 
 #include <algorithm>
+#include <cstring>
 #include <regex>
 #include <string>
 #include <vector>
 
+#include "app/dialogs.h"
 #include "app/main_frame.h"
+#include "app/menus.h"
+#include "automap/automap_display.h"
+#include "automap/automap_renderer.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "input/button_sets.h"
@@ -351,14 +357,14 @@ TEST_F(EndToEnd, ButtonsAndTheGroupFollowTheWorld) {
         mouse.MouseMove(r.x - 150, r.y + 300);
         pump_for(20);
     };
-    ASSERT_TRUE(pump_until([&] { return lit() == "N W Out E S "; }, 5000)) << lit();
+    ASSERT_TRUE(pump_until([&] { return lit() == "NW N NE W Out E SW S SE "; }, 5000)) << lit();
     EXPECT_EQ(dirs[1]->button_state, zorn_button_up);
     EXPECT_TRUE(hints[0]->IsShown());
     EXPECT_STREQ(hints[1]->get_label(), "Exits");
 
     ASSERT_TRUE(e2e::type_line(frame, "west"));
     ASSERT_TRUE(pump_until([&] { return hints[5]->IsShown(); }, 5000)) << "the Smithy is a shop";
-    EXPECT_EQ(lit(), "N Out E S ");
+    EXPECT_EQ(lit(), "N NE Out E S SE ");
     EXPECT_STREQ(hints[4]->get_label(), "Wares");
     EXPECT_EQ(hints[4]->GetPosition().y, hints[0]->GetPosition().y + 82) << "a gap before the shop's group";
     click(hints[4]);
@@ -367,7 +373,7 @@ TEST_F(EndToEnd, ButtonsAndTheGroupFollowTheWorld) {
     click(dirs[5]);  // E
     EXPECT_TRUE(server_got("east"));
     ASSERT_TRUE(pump_until([&] { return !hints[4]->IsShown(); }, 5000)) << "bclear on leaving the shop";
-    EXPECT_EQ(lit(), "N W Out E S ");
+    EXPECT_EQ(lit(), "NW N NE W Out E SW S SE ");
 
     // Asleep the block is off: a click on N sends nothing and gives the keyboard back.
     ASSERT_TRUE(e2e::type_line(frame, "sleep"));
@@ -413,6 +419,106 @@ TEST_F(EndToEnd, ButtonsAndTheGroupFollowTheWorld) {
     EXPECT_TRUE(pump_until([&] { return !group.IsShown() && group.members.empty(); }, 5000));
     c.set_fkey_button_display(0);
     c.set_direction_button_enable(0);
+}
+
+// The exit dialogs against the world: the exact bytes each answer sends.
+TEST_F(EndToEnd, ExitDialogsSendTheLogoffLines) {
+    LConfig::instance().set_local_echo(1);
+    LConfig::instance().set_cmd_separator(0);
+    log_in("Leaver");
+    ASSERT_TRUE(pump_until([&] { return frame->outgoing.count() == 0; }));
+    const auto press = [&](wxDialog* dialog, int id) {
+        ASSERT_TRUE(dialog->IsShown());
+        wxCommandEvent click(wxEVT_BUTTON, id);
+        click.SetEventObject(dialog->FindWindow(id));
+        dialog->GetEventHandler()->ProcessEvent(click);
+    };
+    const auto sent_now = [&] { return std::string(frame->outgoing.bytes(), static_cast<size_t>(frame->outgoing.count())); };
+
+    // The disconnect dialog's Logoff: plain quit lines, only the last one echoed.
+    wxCommandEvent disconnect(wxEVT_MENU, zorn_menu_disconnect);
+    frame->GetEventHandler()->ProcessEvent(disconnect);
+    press(frame->disconnect_dialog, wxID_OK);
+    EXPECT_EQ(sent_now(), "\nrecall\nquit\nrecall\nquit\n");
+    EXPECT_FALSE(frame->disconnect_dialog->IsShown());
+    const std::string text = e2e::shown_text(frame);
+    EXPECT_EQ(text.find(">recall<"), std::string::npos);
+    EXPECT_NE(text.find(">quit<"), std::string::npos);
+    EXPECT_EQ(text.find(">quit<"), text.rfind(">quit<")) << "echoed once";
+    ASSERT_TRUE(shown("Connection closed by server."));
+    EXPECT_TRUE(server_got("quit"));
+}
+
+TEST_F(EndToEnd, ProgramExitDialogLogsOffAndTheClientRunsOn) {
+    log_in("Stayer");
+    ASSERT_TRUE(pump_until([&] { return frame->outgoing.count() == 0; }));
+    wxCloseEvent close(wxEVT_CLOSE_WINDOW, frame->GetId());
+    close.SetEventObject(frame);
+    close.SetCanVeto(true);
+    frame->GetEventHandler()->ProcessEvent(close);
+    EXPECT_TRUE(close.GetVeto());
+    ASSERT_TRUE(frame->pgm_exit_dialog->IsShown());
+    EXPECT_EQ(frame->pgm_exit_dialog->GetTitle(), "Logoff Warning");
+    EXPECT_TRUE(server_got("quit -check"));
+    wxCommandEvent logoff(wxEVT_BUTTON, wxID_OK);
+    logoff.SetEventObject(frame->pgm_exit_dialog->FindWindow(wxID_OK));
+    frame->pgm_exit_dialog->GetEventHandler()->ProcessEvent(logoff);
+    EXPECT_EQ(std::string(frame->outgoing.bytes(), static_cast<size_t>(frame->outgoing.count())),
+              "\nrecall\nquit -f\nrecall\nquit -f\n");
+    ASSERT_TRUE(shown("Connection closed by server."));
+    EXPECT_EQ(frame->shutdown_countdown, 0) << "nothing ends in the client";
+    EXPECT_EQ(frame->session_state, session_none);
+}
+
+// With no character yet, Disconnect on a live connection asks nothing.
+TEST_F(EndToEnd, DisconnectBeforeLoginAsksNothing) {
+    ASSERT_TRUE(shown("By what name are you known? "));
+    wxCommandEvent disconnect(wxEVT_MENU, zorn_menu_disconnect);
+    frame->GetEventHandler()->ProcessEvent(disconnect);
+    EXPECT_FALSE(frame->disconnect_dialog->IsShown());
+    EXPECT_FALSE(frame->newbie_disconnect_dialog->IsShown());
+    EXPECT_TRUE(shown("Disconnecting."));
+    EXPECT_NE(frame->socket.current_state(), socket_connected);
+}
+
+// Walking against the world: each move's map slides into place, a wall bumps the map, and a
+// click on the map's compass reaches the world as the direction word, echoed like a typed line.
+TEST_F(EndToEnd, TheMapFollowsTheWalkAndItsCompassWalks) {
+    LConfig::instance().set_local_echo(1);
+    LConfig::instance().set_cmd_separator(0);
+    static int bumps = 0;
+    bumps = 0;
+    zorn_automap_wall_bump = [] { bumps++; };
+    log_in("Mapper");
+    zorn_automap_renderer* map = frame->automap->renderer;
+    const automap_model& model = map->model;
+    const auto at_rest_in = [&](int terrain) {
+        return pump_until([&] { return model.at_rest() && model.cell(11, 11).seed != 0 && model.cell(11, 11).terrain == terrain; }, 5000);
+    };
+    ASSERT_TRUE(at_rest_in(10)) << "the village square's map after the login";
+    EXPECT_TRUE(pump_until([&] { return std::strcmp(frame->automap->area_name.c_str(), "Ember Vale") == 0; }));
+    EXPECT_EQ(model.exits_mask, 255);
+
+    ASSERT_TRUE(e2e::type_line(frame, "n"));
+    EXPECT_TRUE(pump_until([&] { return model.scroll_y > 0; }, 5000)) << "the move slides the map";
+    ASSERT_TRUE(at_rest_in(2)) << "North Road";
+    ASSERT_TRUE(e2e::type_line(frame, "n"));
+    EXPECT_TRUE(shown("You cannot go that way."));
+    EXPECT_TRUE(pump_until([&] { return bumps == 1; })) << "the green gate is closed";
+    ASSERT_TRUE(e2e::type_line(frame, "s"));
+    ASSERT_TRUE(at_rest_in(10));
+
+    wxUIActionSimulator mouse;
+    const int v = map->view_size;
+    mouse.MouseMove(map->GetScreenPosition() + wxPoint(v / 2 + v / 5, v / 2 - v / 5));
+    ASSERT_TRUE(pump_until([&] { return map->hover_direction == 8; })) << "the northeast arrow is hot";
+    mouse.MouseClick();
+    EXPECT_TRUE(server_got("northeast"));
+    EXPECT_TRUE(shown(">northeast<"));
+    EXPECT_TRUE(shown("Orchard"));
+    EXPECT_TRUE(at_rest_in(4));
+    mouse.MouseMove(frame->GetScreenPosition() + wxPoint(600, 100));
+    zorn_automap_wall_bump = nullptr;
 }
 
 }  // namespace

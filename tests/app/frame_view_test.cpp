@@ -19,34 +19,18 @@
 #include "display/ansi_palette.h"
 #include "input/input_window.h"
 #include "tests/support/gui_main.h"
+#include "tests/support/screen.h"
 #include "theme/builtin_images.h"
 #include "theme/font.h"
 #include "theme/theme.h"
 
 namespace {
 
-// What the window shows on the X server now.
-wxImage screen_of(wxWindow* window) {
-    const wxSize size = window->GetClientSize();
-    wxBitmap shot(size.GetWidth(), size.GetHeight(), 24);
-    wxMemoryDC memory(shot);
-    wxClientDC screen(window);
-    memory.Blit(0, 0, size.GetWidth(), size.GetHeight(), &screen, 0, 0);
-    memory.SelectObject(wxNullBitmap);
-    return shot.ConvertToImage();
-}
-
 // What the window would show if it were painted now from its state.
 wxImage fresh_picture(zorn_embedded_window* window) {
     zorn_bitmap bitmap(window->GetSize().GetWidth(), window->GetSize().GetHeight());
     window->repaint_internal(bitmap);
     return bitmap.ConvertToImage();
-}
-
-bool same_pixels(const wxImage& a, const wxImage& b) {
-    if (a.GetWidth() != b.GetWidth() || a.GetHeight() != b.GetHeight()) return false;
-    const size_t bytes = static_cast<size_t>(a.GetWidth()) * a.GetHeight() * 3;
-    return std::equal(a.GetData(), a.GetData() + bytes, b.GetData());
 }
 
 class FrameView : public ::testing::Test {

@@ -15,6 +15,7 @@
 #include "display/ansi_display.h"
 #include "display/display_hooks.h"
 #include "tests/support/gui_main.h"
+#include "tests/support/screen.h"
 #include "theme/font.h"
 
 namespace {
@@ -73,15 +74,7 @@ wxImage render(zorn_embedded_window* window) {
 }
 
 // The screen as the user sees it: what the window shows after its paint.
-wxImage screenshot(wxWindow* window) {
-    const wxSize size = window->GetClientSize();
-    wxBitmap shot(size.GetWidth(), size.GetHeight(), 24);
-    wxMemoryDC memory(shot);
-    wxClientDC screen(window);
-    memory.Blit(0, 0, size.GetWidth(), size.GetHeight(), &screen, 0, 0);
-    memory.SelectObject(wxNullBitmap);
-    return shot.ConvertToImage();
-}
+wxImage screenshot(wxWindow* window) { return screen_of(window); }
 
 // The point of a glyph with the most coverage, and that coverage.
 struct glyph_point {

@@ -88,7 +88,8 @@ TEST(TestworldSession, BannerPasswordModeThenLogin) {
     const std::string reply = p.line("hunter2");
     EXPECT_EQ(reply.substr(0, 3), iac_do_echo);
     EXPECT_TRUE(contains(reply, ";sareaname;Ember Vale;eareaname;"));
-    EXPECT_TRUE(contains(reply, ";sdirs;on CV;edirs;")) << "all four exits: 85";
+    EXPECT_TRUE(contains(reply, ";sdirs;on H`;edirs;")) << "all eight exits: 255";
+    EXPECT_TRUE(contains(reply, ";smap;@")) << "the map round the start, without a slide";
     EXPECT_TRUE(contains(reply, "Village Square"));
     EXPECT_TRUE(contains(reply, ";swindow_create;Inventory\nWhat you carry\n40 10\ninventory\n\n;ewindow_create;"));
     EXPECT_TRUE(contains(reply, ";swindow_create;Score\nYour score\n50 8\nscore\nnowrap noscroll\n;ewindow_create;"));
@@ -103,28 +104,51 @@ TEST(TestworldSession, WalkingTheGrid) {
     world game;
     player p(&game, 1);
     p.log_in("Anna");
+    // Each move: the room, its exits, the map with the move's direction byte (and the level
+    // change's trailer), the zone; a wall answers "walkfail" with the direction number.
     const struct {
         const char* command;
         const char* room_or_message;
-        const char* dirs;
+        const char* tags;
     } walk[] = {
-        {"n", "North Road", ";sdirs;on CU;edirs;"},       // east south west
-        {"north", "You cannot go that way.", ""},
-        {"E", "Orchard", ";sdirs;on CQ;edirs;"},          // south west
-        {"south", "Market Row", ";sdirs;on CR;edirs;"},   // north south west
-        {"s", "Chapel Garden", ";sdirs;on CB;edirs;"},    // north west
-        {"west", "South Gate", ";sdirs;on CF;edirs;"},    // north east west
-        {"w", "Mill Pond", ";sdirs;on AF;edirs;"},        // north east
-        {"l", "Exits: north, east.", ";sdirs;on AF;edirs;"},
+        {"n", "North Road", ";sdirs;on D];edirs;;sareaname;Ember Vale;eareaname;;smap;A"},
+        {"north", "You cannot go that way.", ";swalkfail;0;ewalkfail;"},
+        {"E", "Orchard", ";sdirs;on DQ;edirs;"},
+        {"ne", "You cannot go that way.", ";swalkfail;4;ewalkfail;"},
+        {"southwest", "Village Square", ";smap;G"},
+        {"se", "Chapel Garden", ";sdirs;on GB;edirs;"},
+        {"north", "Market Row", ";sdirs;on HR;edirs;"},
+        {"sw", "South Gate", ";sdirs;on GH;edirs;"},
+        {"w", "Mill Pond", ";sdirs;on AH;edirs;"},
+        {"l", "Exits: north, east, northeast.", ";smap;@"},
+        {"up", "You cannot go that way.", "> "},
+        {"nw", "You cannot go that way.", ";swalkfail;7;ewalkfail;"},
+        {"n", "Smithy", ";smap;A"},
+        {"n", "Old Watchtower", ";sdirs;on I];edirs;"},
+        {"u", "Watchtower Top", ";sdirs;on QA;edirs;;sareaname;Watchtower Heights;eareaname;;smap;@"},
+        {"d", "Old Watchtower", ";sareaname;Ember Vale;eareaname;;smap;@"},
     };
     for (const auto& row : walk) {
         SCOPED_TRACE(row.command);
         const std::string reply = p.line(row.command);
         EXPECT_TRUE(contains(reply, row.room_or_message));
-        EXPECT_TRUE(contains(reply, row.dirs));
+        EXPECT_TRUE(contains(reply, row.tags));
     }
     EXPECT_EQ(exits_code(0), "AA");
     EXPECT_EQ(exits_code(1023), "``") << "31 above 'A' in both letters";
+}
+
+TEST(TestworldSession, LevelChangesCarryTheirTrailers) {
+    world game;
+    player p(&game, 1);
+    p.log_in("Anna");
+    p.line("nw");
+    const std::string up = p.line("up");
+    const std::string down = p.line("down");
+    // The trailer is the last byte of the map block.
+    EXPECT_TRUE(contains(up, "\nA;emap;"));
+    EXPECT_TRUE(contains(down, "\nB;emap;"));
+    EXPECT_FALSE(contains(p.line("look"), "\nA;emap;"));
 }
 
 TEST(TestworldSession, PlayersSayWhoQuitAndLeave) {
@@ -197,6 +221,10 @@ TEST(TestworldSession, ClientFeatureCommands) {
          ";schdiv;gossip;echdiv;[gossip] \x1b[1m\x1b[36mWren\x1b[0m: Well met, Anna.\r\n;tchudiv;"
          ";schdiv;ooc;echdiv;[ooc] \x1b[1m\x1b[36mWren\x1b[0m: (the bot is listening on both channels)\r\n;tchudiv;"},
         {"ooc", "Say what on ooc?\r\n"},
+        {"quit -check", "\x1b[1m\x1b[31mWarning:\x1b[0m you are about to leave the game. Type 'quit' to go.\r\n"},
+        {"version", "Ember Vale test world, version 0.3.\r\n"},
+        {"help me", "More commands: recall brings you back to the square"},
+        {"recall", "You pray, and the world folds you back to the village square.\r\n"},
         {"popups 2",
          ";swindow_create;Window 1\nNumbered window 1\n20 4\n\n\n;ewindow_create;"
          ";swindow_create;Window 2\nNumbered window 2\n20 4\n\n\n;ewindow_create;2 windows defined.\r\n"},
@@ -209,9 +237,13 @@ TEST(TestworldSession, ClientFeatureCommands) {
     }
     EXPECT_TRUE(contains(p.line("help"), "inventory (i)"));
     // Opening a window fills it at once; closing it, or opening one the world doesn't know, is quiet.
-    EXPECT_EQ(p.line("lnlwindow open Score").rfind(";sdivert;Score;edivert;", 0), 0u);
+    const std::string opened = p.line("lnlwindow open Score");
+    EXPECT_EQ(opened.rfind(";sdivert;Score;edivert;", 0), 0u) << opened;
     EXPECT_EQ(p.line("lnlwindow close Score"), "");
     EXPECT_EQ(p.line("lnlwindow open Log"), "");
+    EXPECT_FALSE(p.link.finished()) << "quit -check only warns";
+    EXPECT_TRUE(contains(p.line("quit -f"), ";sevent;logoff;eevent;Goodbye.\r\n"));
+    EXPECT_TRUE(p.link.finished());
 }
 
 TEST(TestworldSession, RandomBytesNeverBreakASession) {
@@ -311,22 +343,22 @@ TEST(TestworldSession, HintButtonsFollowTheRoomAndSleepSwitchesTheDirections) {
     EXPECT_FALSE(contains(login, ";sb5;"));
     // Into the Smithy, a shop: the column is cleared first, then the shop's hints follow the others.
     const std::string shop = p.line("west");
-    EXPECT_TRUE(contains(shop, ";tbclear;;sdirs;on AV;edirs;;sb1;Look\nlook;eb1;;sb2;Exits\nexits;eb2;"
-                               ";sb5;Wares\nlist;eb5;;sb6;Buy a lamp\nbuy lamp;eb6;"))
+    EXPECT_TRUE(contains(shop, ";tbclear;;sdirs;on A`;edirs;")) << shop;
+    EXPECT_TRUE(contains(shop, ";sb1;Look\nlook;eb1;;sb2;Exits\nexits;eb2;;sb5;Wares\nlist;eb5;;sb6;Buy a lamp\nbuy lamp;eb6;"))
         << shop;
     EXPECT_TRUE(contains(p.line("list"), "brass lamp"));
     EXPECT_TRUE(contains(p.line("buy lamp"), "You buy a brass lamp."));
-    EXPECT_TRUE(contains(p.line("exits"), "Obvious exits: north, east, south."));
+    EXPECT_TRUE(contains(p.line("exits"), "Obvious exits: north, east, south, northeast, southeast."));
     const std::string out = p.line("e");
     EXPECT_TRUE(contains(out, ";tbclear;"));
     EXPECT_FALSE(contains(out, ";sb5;"));
     EXPECT_TRUE(contains(p.line("buy lamp"), "There is no shop here."));
     // Asleep the buttons are off, with the exits still told.
-    EXPECT_TRUE(contains(p.line("sleep"), ";sdirs;off CV;edirs;"));
-    EXPECT_TRUE(contains(p.line("look"), ";sdirs;off CV;edirs;"));
-    EXPECT_TRUE(contains(p.line("wake"), ";sdirs;on CV;edirs;"));
-    // The diagonal buttons' words are taken as the diagonals: none here.
-    EXPECT_TRUE(contains(p.line("nwest"), "Huh?"));
+    EXPECT_TRUE(contains(p.line("sleep"), ";sdirs;off H`;edirs;"));
+    EXPECT_TRUE(contains(p.line("look"), ";sdirs;off H`;edirs;"));
+    EXPECT_TRUE(contains(p.line("wake"), ";sdirs;on H`;edirs;"));
+    // The diagonal buttons' words are taken as the diagonals.
+    EXPECT_TRUE(contains(p.line("nwest"), "Old Watchtower"));
 }
 
 TEST(TestworldSession, AliasesBindFunctionKeys) {
