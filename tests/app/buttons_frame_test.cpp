@@ -11,6 +11,7 @@
 #include "input/button_sets.h"
 #include "panels/group_display.h"
 #include "tests/app/offline_frame.h"
+#include "tests/panels/panel_support.h"
 #include "tests/support/log_capture.h"
 
 namespace {
@@ -167,6 +168,14 @@ TEST_F(ButtonsInFrame, GroupDisplayInEachLayout) {
     EXPECT_FALSE(g.IsShown());
     LConfig::instance().set_group_status_display(2);
     EXPECT_TRUE(g.IsShown());
+    // "Bar Invert" in the Group Display menu repaints at once.
+    const int inverted = LConfig::instance().get_group_status_inverted_bars();
+    const int before = g.repaints;
+    wxCommandEvent invert(wxEVT_MENU, 22);
+    invert.SetEventObject(frame);
+    frame->GetEventHandler()->ProcessEvent(invert);
+    EXPECT_EQ(LConfig::instance().get_group_status_inverted_bars(), !inverted);
+    EXPECT_TRUE(wait_for_paint(g.repaints, before));
     server(";sgroup;;egroup;");
     EXPECT_FALSE(g.IsShown());
 }
