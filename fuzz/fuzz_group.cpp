@@ -41,6 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int height = group_required_height(members, metrics);
     if (height < 1) __builtin_trap();
     const group_places places = group_row_places(members, metrics);
+    if (places.rows.size() != members.size()) __builtin_trap();
     for (int y = -2; y < height + 2; y += 3) {
         const int row = group_row_at(members, metrics, y);
         if (row < -1 || row >= static_cast<int>(members.size())) __builtin_trap();
@@ -56,6 +57,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                     __builtin_trap();
         }
     }
-    (void)places;
     return 0;
 }

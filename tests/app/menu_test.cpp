@@ -213,6 +213,9 @@ TEST_F(Menus, OfflineThereIsNothingToAskAbout) {
     EXPECT_NE(shown().find("\nYou must be connected to the server to view the in-game help."), std::string::npos);
     choose(zorn_menu_save_and_quit);
     EXPECT_EQ(frame->shutdown_countdown, zorn_shutdown_ticks);
-    for (wxWindow* child : frame->GetChildren())
-        if (child->IsTopLevel()) EXPECT_FALSE(child->IsShown()) << child->GetName();
+    for (wxWindow* child : frame->GetChildren()) {
+        if (child->IsTopLevel()) {
+            EXPECT_FALSE(child->IsShown()) << child->GetName();
+        }
+    }
 }

@@ -72,14 +72,12 @@ TEST_F(Group, PicturesInBothModesVerticalAndHorizontalInvertedOrNot) {
                 const int height = g->GetSize().GetHeight();
                 EXPECT_EQ(height, g->required_height());
                 // The divider: before the first divided row only, in the panel frame's colour.
-                const group_places places = group_row_places(g->members, group_metrics_for(14));
                 zorn_bitmap& b = *g->backing_bitmap;
                 const group_places real = group_row_places(
                     g->members, group_metrics{g->full_row_height, g->compact_row_height});
                 ASSERT_GT(real.divider_y, 1);
                 EXPECT_EQ(pixel_at(b, 80, real.divider_y), zorn_current_button_theme->triple[zorn_triple_panel_frame]);
                 EXPECT_EQ(pixel_at(b, 80, real.divider_y + 1), zorn_black);
-                (void)places;
                 if (pair.IsOk()) {
                     wxImage joined(pair.GetWidth() + image.GetWidth(), image.GetHeight());
                     joined.Paste(pair, 0, 0);
@@ -112,7 +110,9 @@ TEST_F(Group, BarsOfPetsWithoutHitPointsAndAboveTheMaximum) {
     const int move_y = std::max(places.rows[4].y + 1, 1) + hh + 1;
     EXPECT_EQ(pixel_at(b, 4 + bar - 2, move_y), group_move_top);
     EXPECT_EQ(pixel_at(b, 4 + bar - 1, move_y), zorn_black) << "the moving end";
-    if (hh >= 3) EXPECT_EQ(pixel_at(b, 4 + bar - 1, move_y + 1), group_move_fill);
+    if (hh >= 3) {
+        EXPECT_EQ(pixel_at(b, 4 + bar - 1, move_y + 1), group_move_fill);
+    }
 }
 
 TEST_F(Group, EmptyBlockHidesAndTheSettingDecides) {

@@ -82,8 +82,9 @@ TEST(GroupModel, HeightsAndRowPlaces) {
         EXPECT_EQ(rows, row.str(4));
         EXPECT_EQ(places.divider_y, row.number(5));
         // The last row always ends inside the panel, above its frame.
-        if (!places.rows.empty())
+        if (!places.rows.empty()) {
             EXPECT_LE(places.rows.back().y + places.rows.back().height, group_required_height(members, metrics) - 1);
+        }
     }
     for (const case_row& row : read_cases("panels/group_cases.txt", "at")) {
         SCOPED_TRACE(row.where);
@@ -151,8 +152,8 @@ TEST(GroupModel, PanelDividerAndNames) {
             EXPECT_EQ(hp_bars, 3) << "Pip has 0 of 0 hit points: no bar";
             ASSERT_EQ(texts.size(), 4u);
             const int b = vertical ? (158 - 3) * 7 / 16 - 3 : (158 - 3) / 3 - 3;
-            if (!vertical) EXPECT_EQ(texts[0].x1, mode == 1 ? 3 : 158 - 28) << "a full horizontal row's name";
-            else EXPECT_EQ(texts[0].x1, b + 6);
+            const int full_x = vertical ? b + 6 : mode == 1 ? 3 : 158 - 28;
+            EXPECT_EQ(texts[0].x1, full_x) << "a full row's name";
             EXPECT_EQ(texts[1].x1, mode == 2 && !vertical ? 158 - 14 : b + 6) << "a compact row's name";
         }
     }
