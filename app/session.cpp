@@ -13,8 +13,10 @@
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
+#include "input/button_sets.h"
 #include "input/input_window.h"
 #include "panels/channel_window.h"
+#include "panels/group_display.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 
@@ -33,7 +35,7 @@ void zorn_mw::socket_connect(int port) {
     LConfig& config = LConfig::instance();
     if (port <= 0) port = config.get_game_port();
     socket.enable_ssl();
-    // FIXME: hint_buttons clear_all once the hint buttons exist.
+    hint_buttons->clear_all();
     begin_message();
     print_message("\n");
     print_message("Connecting to server...\n");
@@ -68,8 +70,6 @@ void zorn_mw::socket_connect(int port) {
     select_history_list(1);
 }
 
-// FIXME: the panels of later subsystems are reset here as they join: function keys, group display,
-// direction and hint buttons.
 void zorn_mw::socket_disconnect(const char* reason) {
     socket.close();
     parser.set_state(zorn_stream_parser::plain_text);
@@ -79,8 +79,10 @@ void zorn_mw::socket_disconnect(const char* reason) {
     session_state = session_none;
     SetTitle(wxString::FromUTF8(zorn_frame_title));
     update_automap_visibility();
+    fkey_manager->set_all_active(0);
     status_bar->reset();
     status_display->reset();
+    group_display->reset();
 
     main_display->reset_colors();
     for (const char* part : {"\n", "\n", reason, "\n", "\n", "To log in again, type '"}) print_message(part);
@@ -91,6 +93,9 @@ void zorn_mw::socket_disconnect(const char* reason) {
     print_message("\n");
     refresh_text();
 
+    direction_buttons->disable_all();
+    hint_buttons->clear_all();
+    hint_buttons->set_connect_quit();
     automap->reset();
     popup_manager->destroy_all();
     layout_panels();
