@@ -1,5 +1,6 @@
 #include "access/reader_core.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
 
@@ -10,6 +11,18 @@
 void zorn_reader_lines::feed(const char* bytes, int length) {
     for (int i = 0; i < length; ++i) {
         const unsigned char c = static_cast<unsigned char>(bytes[i]);
+        // Most game text is printable: a run of it is copied whole, up to the line's limit.
+        if (escape_state == 0 && c >= 32 && c < 127) {
+            const int limit = std::min(length, i + static_cast<int>(max_line_bytes - current.size()));
+            int end = i + 1;
+            while (end < limit && static_cast<unsigned char>(bytes[end]) >= 32 &&
+                   static_cast<unsigned char>(bytes[end]) < 127)
+                ++end;
+            current.append(bytes + i, static_cast<size_t>(end - i));
+            i = end - 1;
+            if (current.size() >= max_line_bytes) end_line(false);
+            continue;
+        }
         switch (escape_state) {
             case 1: escape_state = c == '[' ? 2 : 0; continue;
             case 2:
