@@ -110,6 +110,7 @@ protected:
     }
     // A real click on a button of the question.
     void click(int id) {
+        ASSERT_NE(frame->pin_dialog, nullptr);
         wxWindow* button = frame->pin_dialog->FindWindow(id);
         ASSERT_NE(button, nullptr);
         wxUIActionSimulator mouse;
@@ -176,6 +177,7 @@ TEST_F(ServerPin, NewKeySendsNothingUntilTrustedThenPinsIt) {
     start_world("key_b.pem");
     start_client();
     expect_held();
+    if (HasFatalFailure()) return;
     const std::string text = e2e::shown_text(frame);
     const std::string new_key = connection_key();
     zorn_key_fingerprint old_fingerprint{}, new_fingerprint{};
@@ -205,6 +207,7 @@ TEST_F(ServerPin, DisconnectIsTheDefaultAndKeepsTheOldPin) {
     start_world("key_b.pem");
     start_client();
     expect_held();
+    if (HasFatalFailure()) return;
     EXPECT_EQ(frame->pin_dialog->FindWindow(wxID_OK)->GetLabel(), "&Disconnect");
     EXPECT_EQ(frame->pin_dialog->FindWindow(wxID_NO)->GetLabel(), "&Trust New Certificate");
     // Enter takes the default answer.
@@ -235,6 +238,7 @@ TEST_F(ServerPin, TruncatedPinFileWarnsAndTrustRewritesIt) {
     start_world("key_a.pem");  // the same key: only the file is wrong
     start_client();
     expect_held();
+    if (HasFatalFailure()) return;
     EXPECT_TRUE(shown("is damaged: no pinned key can be trusted."));
 
     click(wxID_NO);
