@@ -14,6 +14,9 @@
 #include "app/main_frame.h"
 #include "config/known_servers.h"
 #include "config/lconfig.h"
+#include "display/ansi_display.h"
+#include "display/ansi_palette.h"
+#include "display/text_model.h"
 #include "tests/app/e2e_support.h"
 #include "tests/app/e2e_world.h"
 #include "tests/net/net_test_support.h"
@@ -100,6 +103,9 @@ protected:
     // server text shown, and no line typed meanwhile gets through.
     void expect_held() {
         ASSERT_TRUE(shown(warning)) << e2e::shown_text(frame);
+        EXPECT_EQ(warning_colour(), zorn_pack_rgb(zorn_palette_color(*zorn_current_palette, zorn_ansi_red,
+                                                                     zorn_ansi_bright)))
+            << "the warning stands in bright red";
         ASSERT_NE(frame->pin_dialog, nullptr);
         EXPECT_TRUE(frame->pin_dialog->IsShown());
         ASSERT_TRUE(e2e::type_line(frame, "my secret password"));
@@ -107,6 +113,26 @@ protected:
         EXPECT_TRUE(received().empty()) << received().front();
         EXPECT_EQ(e2e::shown_text(frame).find("By what name are you known?"), std::string::npos);
         frame->pin_dialog->Raise();
+    }
+    // The colour of the warning's text in the main display; 0 when it is in more than one.
+    uint32_t warning_colour() const {
+        const zorn_textctrl_model& model = frame->main_display->textctrl->model;
+        for (int line = 0; line < model.line_count(); ++line) {
+            std::string text;
+            model.line_text(line, &text);
+            if (text.find("WARNING: the game") == std::string::npos) continue;
+            uint32_t colour = 0;
+            bool mixed = false;
+            model.for_each_piece(line, [&](const char* piece, int length, uint32_t rgb) {
+                if (std::string(piece, static_cast<size_t>(length)).find_first_not_of(' ') == std::string::npos)
+                    return true;
+                mixed |= colour != 0 && colour != rgb;
+                colour = rgb;
+                return true;
+            });
+            return mixed ? 0 : colour;
+        }
+        return 0;
     }
     // A real click on a button of the question.
     void click(int id) {
