@@ -15,6 +15,7 @@
 #include "base/boot.h"
 #include "app/layout.h"
 #include "app/menus.h"
+#include "audio/audio_stream.h"
 #include "base/threads.h"
 #include "base/words.h"
 #include "config/debug_log.h"
@@ -204,11 +205,15 @@ zorn_mw::~zorn_mw() {
     delete link_font;
 }
 
-// FIXME: audio starts here (when the system audio switch is on) once the mixer exists.
+// A machine without a sound device switches audio off in the settings and plays on silently.
 void zorn_mw::delayed_initialization() {
     tick_timer.Start(zorn_tick_period_ms);
     ping_timer.Start(zorn_ping_period_ms);
     autosave_timer.Start(zorn_autosave_period_ms);
+    if (LConfig::instance().get_system_audio() && !::start_audio()) {
+        log2("Warning in zorn_mw::delayed_initialization() - unable to open audio path.  Disabling in config.\n");
+        LConfig::instance().SetSystemAudio(0);
+    }
 }
 
 void zorn_mw::OnTimer(wxTimerEvent&) {
@@ -424,9 +429,9 @@ void zorn_mw::system_shutdown_handler() {
 }
 
 
-// FIXME: audio release joins here.
 void zorn_mw::exit_step() {
     log2("zorn_mw::shutdown - requested exit\n");
+    release_audio();
     popup_manager->destroy_all();
     LConfig::instance().save_system_config_file();
     Destroy();
@@ -441,6 +446,7 @@ void zorn_mw::close_handler(wxCloseEvent& event) {
         verify_program_exit();
         return;
     }
+    release_audio();  // the process ends with the frame: let the device go
     popup_manager->destroy_all();
     LConfig::instance().save_system_config_file();
     Destroy();
