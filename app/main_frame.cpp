@@ -3,6 +3,7 @@
 #include <wx/dcclient.h>
 #include <wx/font.h>
 #include <wx/icon.h>
+#include <wx/iconbndl.h>
 #include <wx/menu.h>
 #include <wx/pen.h>
 
@@ -46,7 +47,7 @@ int url_request_set = 0;
 namespace {
 
 zorn_mw* main_frame = nullptr;
-wxIcon* frame_icon = nullptr;
+wxIconBundle* frame_icons = nullptr;
 
 void log2(const char* text) {
     if (zorn_debug_level >= 2) zorn_client_debug_printf("%s", text);
@@ -67,16 +68,18 @@ void zorn_web_main_page(zorn_fixed_string* out) {
     out->append("/?ln");
 }
 
-void zorn_set_frame_icon(const wxIcon& icon) {
-    delete frame_icon;
-    frame_icon = new wxIcon(icon);
+void zorn_set_frame_icon(const wxIcon& icon) { zorn_set_frame_icons(wxIconBundle(icon)); }
+
+void zorn_set_frame_icons(const wxIconBundle& icons) {
+    delete frame_icons;
+    frame_icons = new wxIconBundle(icons);
 }
 
 zorn_frame::zorn_frame(wxWindow* parent, wxWindowID id, const wxString& title, const wxPoint& pos,
                        const wxSize& size, long style)
     : wxFrame(parent, id, title, pos, size, style) {
     SetName(wxT("zorn frame ") + title);
-    if (frame_icon) SetIcon(*frame_icon);
+    if (frame_icons) SetIcons(*frame_icons);
 }
 
 wxBEGIN_EVENT_TABLE(zorn_mw, zorn_frame)
