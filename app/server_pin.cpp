@@ -48,13 +48,14 @@ bool zorn_mw::check_server_identity(int port) {
     main_display->process_ansi_code(0x01, zorn_ansi_red);
     print_message("WARNING: the game server's identity has changed since your last visit.");
     main_display->reset_colors();
-    print_message(("\nServer:      " + host_and_port(host, port)).c_str());
-    if (check.has_pin) print_message(("\nPinned key:  " + key_text(check.stored)).c_str());
+    // The keys stand on lines of their own, so that they don't wrap in a display of 80 columns.
+    print_message(("\nServer: " + host_and_port(host, port)).c_str());
+    if (check.has_pin) print_message(("\nPinned key (SHA-256):\n  " + zorn_fingerprint_display(check.stored)).c_str());
     if (check.file_damaged)
         print_message(("\nThe pin file '" + pin_file_path() + "' is damaged: no pinned key can be trusted.").c_str());
     else if (!check.has_pin)
-        print_message("\nPinned key:  none");
-    print_message(("\nOffered key: " + key_text(seen)).c_str());
+        print_message("\nPinned key: none");
+    print_message(("\nOffered key (SHA-256):\n  " + zorn_fingerprint_display(seen)).c_str());
     print_message("\nNothing has been sent to the server. Disconnect, unless you know that its certificate was replaced.\n");
     refresh_text();
 
@@ -102,11 +103,13 @@ void zorn_mw::print_fingerprint() {
     print_message("\n");
     if (damaged) print_message(("The pin file '" + path + "' is damaged: the next connect will ask first.\n").c_str());
     if (const zorn_known_servers::entry* pin = known.find(host, port))
-        print_message(("Pinned key of " + host_and_port(host, port) + ": " + key_text(pin->fingerprint) + "\n").c_str());
+        print_message(("Pinned key of " + host_and_port(host, port) + " (SHA-256):\n  " +
+                       zorn_fingerprint_display(pin->fingerprint) + "\n")
+                          .c_str());
     else
         print_message(("No key is pinned for " + host_and_port(host, port) + ".\n").c_str());
     zorn_key_fingerprint current{};
     if (live && socket.peer_key_sha256(current.data()))
-        print_message(("Key of this connection: " + key_text(current) + "\n").c_str());
+        print_message(("Key of this connection (SHA-256):\n  " + zorn_fingerprint_display(current) + "\n").c_str());
     refresh_text();
 }

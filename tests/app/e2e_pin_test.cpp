@@ -172,8 +172,9 @@ TEST_F(ServerPin, FirstVisitPinsAndPlaysAndTheSameKeyAfterARestartIsSilent) {
     EXPECT_EQ(count_of(e2e::shown_text(frame), display), 1u) << "one line shows the key";
 
     ASSERT_TRUE(e2e::type_line(frame, "//fingerprint"));
-    EXPECT_TRUE(shown("Pinned key of 127.0.0.1:" + std::to_string(port) + ": " + display));
-    EXPECT_TRUE(shown("Key of this connection: " + display));
+    EXPECT_TRUE(shown("Pinned key of 127.0.0.1:" + std::to_string(port) + " (SHA-256):\n  " +
+                      zorn_fingerprint_display(fingerprint)));
+    EXPECT_TRUE(shown("Key of this connection (SHA-256):\n  " + zorn_fingerprint_display(fingerprint)));
     pump_for(100);
     for (const std::string& line : received()) EXPECT_NE(line, "//fingerprint") << "a client command stays here";
 
@@ -209,8 +210,8 @@ TEST_F(ServerPin, NewKeySendsNothingUntilTrustedThenPinsIt) {
     zorn_key_fingerprint old_fingerprint{}, new_fingerprint{};
     ASSERT_TRUE(zorn_fingerprint_from_hex(old_key.c_str(), &old_fingerprint));
     ASSERT_TRUE(zorn_fingerprint_from_hex(new_key.c_str(), &new_fingerprint));
-    EXPECT_NE(text.find("Pinned key:  SHA-256 " + zorn_fingerprint_display(old_fingerprint)), std::string::npos) << text;
-    EXPECT_NE(text.find("Offered key: SHA-256 " + zorn_fingerprint_display(new_fingerprint)), std::string::npos) << text;
+    EXPECT_NE(text.find("Pinned key (SHA-256):\n  " + zorn_fingerprint_display(old_fingerprint)), std::string::npos) << text;
+    EXPECT_NE(text.find("Offered key (SHA-256):\n  " + zorn_fingerprint_display(new_fingerprint)), std::string::npos) << text;
     EXPECT_EQ(pinned(), old_key) << "asking stores nothing";
 
     click(wxID_NO);  // "&Trust New Certificate"
