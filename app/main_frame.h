@@ -42,6 +42,11 @@ struct zorn_web_link;
 class wxCommandEvent;
 class zorn_status_display;
 class zorn_status_bar;
+class zorn_direction_buttons;
+class zorn_hint_buttons;
+class zorn_fkey_manager;
+class zorn_group_display;
+struct layout_result;
 class zorn_automap_display;
 class zorn_automap_frame;
 
@@ -193,6 +198,9 @@ public:
     void refresh_button_font() override;
     void refresh_themes(bool force);
     void update_background(bool force);
+    // The group display lives in the main frame in layouts 1 and 2 (mode 1), on the text in layout 0
+    // (mode 2).
+    void reparent_group_display();
 
     // Stores at most 1023 bytes of the URL; the next tick opens it.
     void open_url(const char* url);
@@ -268,6 +276,10 @@ public:
     int popup_count;
     zorn_status_display* status_display;
     zorn_status_bar* status_bar;
+    zorn_direction_buttons* direction_buttons;
+    zorn_hint_buttons* hint_buttons;
+    zorn_fkey_manager* fkey_manager;
+    zorn_group_display* group_display;
     zorn_automap_display* automap;
     zorn_automap_frame* automap_frame;
     wxTimer tick_timer;
@@ -298,6 +310,7 @@ public:
 
 private:
     void connect_display_hooks();
+    void place_button_sets(const layout_result& placed);
     void create_automap();
     bool automap_tag(const char* name, const char* payload, int length);
     void tag_dirs(const char* payload);

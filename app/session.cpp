@@ -12,8 +12,10 @@
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
+#include "input/button_sets.h"
 #include "input/input_window.h"
 #include "panels/channel_window.h"
+#include "panels/group_display.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 
@@ -32,7 +34,7 @@ void zorn_mw::socket_connect(int port) {
     LConfig& config = LConfig::instance();
     if (port <= 0) port = config.get_game_port();
     socket.enable_ssl();
-    // FIXME: hint_buttons clear_all once the hint buttons exist.
+    hint_buttons->clear_all();
     begin_message();
     print_message("\n");
     print_message("Connecting to server...\n");
@@ -73,8 +75,6 @@ void zorn_mw::send_identity() {
     select_history_list(1);
 }
 
-// FIXME: the panels of later subsystems are reset here as they join: function keys, group display,
-// direction and hint buttons.
 void zorn_mw::socket_disconnect(const char* reason) {
     socket.close();
     server_identity.pending = false;
@@ -86,8 +86,10 @@ void zorn_mw::socket_disconnect(const char* reason) {
     session_state = session_none;
     SetTitle(wxString::FromUTF8(zorn_frame_title));
     update_automap_visibility();
+    fkey_manager->set_all_active(0);
     status_bar->reset();
     status_display->reset();
+    group_display->reset();
 
     main_display->reset_colors();
     for (const char* part : {"\n", "\n", reason, "\n", "\n", "To log in again, type '"}) print_message(part);
@@ -98,6 +100,9 @@ void zorn_mw::socket_disconnect(const char* reason) {
     print_message("\n");
     refresh_text();
 
+    direction_buttons->disable_all();
+    hint_buttons->clear_all();
+    hint_buttons->set_connect_quit();
     automap->reset();
     popup_manager->destroy_all();
     layout_panels();
