@@ -98,6 +98,7 @@ void zorn_mw::run_client_command(const client_command_match& match) {
             process_tagged_data("sound", match.argument, 1);
             refresh_text();
             break;
+        case client_command::fingerprint: print_fingerprint(); break;
         case client_command::none: break;
     }
 }

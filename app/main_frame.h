@@ -13,6 +13,7 @@
 #include "app/stream_parser.h"
 #include "base/fixed_string.h"
 #include "config/config_listener.h"
+#include "config/known_servers.h"
 #include "input/frame_link.h"
 #include "net/tcp_socket.h"
 #include "panels/popup_manager.h"
@@ -36,6 +37,7 @@ class zorn_save_quit_dialog;
 class zorn_pgm_exit_dialog;
 class zorn_newbie_disconnect_dialog;
 class zorn_disconnect_dialog;
+class zorn_pin_dialog;
 struct zorn_web_link;
 class wxCommandEvent;
 class zorn_status_display;
@@ -152,6 +154,16 @@ public:
     void leave_password_mode();
     bool echo_allowed() const;
     void select_history_list(int list);
+
+    // ---- The game server's identity (server_pin.cpp) ----
+    // After the TLS handshake: true when the connect may go on (the key is the pinned one, or the
+    // first one and now pinned). False holds the connection silent and asks the player.
+    bool check_server_identity(int port);
+    // The player's answers: the new key is pinned and the connect goes on, or the connection ends.
+    void trust_server_identity();
+    void refuse_server_identity();
+    // //fingerprint
+    void print_fingerprint();
 
     // ---- Tags (tags.cpp) ----
     void process_tagged_data(const char* name, const char* payload, int length);
@@ -293,6 +305,14 @@ public:
     int last_ping_ms;
     // Null while the screen_reader setting is off (screen_reader_link.cpp).
     zorn_screen_reader* screen_reader;
+    // A changed server key waiting for the player's answer: nothing is read or sent meanwhile.
+    struct identity_question {
+        bool pending = false;
+        std::string host;
+        int port = 0;
+        zorn_key_fingerprint seen{};
+    } server_identity;
+    zorn_pin_dialog* pin_dialog = nullptr;  // made at the first question
 
 private:
     // The screen reader follows its setting; placed, it takes a strip at the foot of main_area.
@@ -315,6 +335,8 @@ private:
     void debug_level_command(const char* argument);
     void debug_file_command(const char* argument);
     void print_highlight(const char* text);
+    // The identification line, first of all the client sends, and the history of a connection.
+    void send_identity();
     void tag_login(const char* payload, int length);
     void tag_event(const char* payload);
     void divert_text(const char* name, bool clear);

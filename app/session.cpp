@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "app/dialogs.h"
 #include "app/main_frame.h"
 #include "app/screen_reader.h"
 #include "automap/automap_display.h"
@@ -61,6 +62,12 @@ void zorn_mw::socket_connect(int port) {
     log_level(2, "zorn_mw::socket_connect() - socket connect ok.\n");
     parser.set_state(zorn_stream_parser::plain_text);
     outgoing.clear();
+    if (!check_server_identity(port)) return;
+    send_identity();
+}
+
+void zorn_mw::send_identity() {
+    LConfig& config = LConfig::instance();
     zorn_fixed_string identity("_lantern ");
     identity.append(config.get_uuid());
     identity.append(" ");
@@ -72,6 +79,8 @@ void zorn_mw::socket_connect(int port) {
 
 void zorn_mw::socket_disconnect(const char* reason) {
     socket.close();
+    server_identity.pending = false;
+    if (pin_dialog) pin_dialog->Hide();
     parser.set_state(zorn_stream_parser::plain_text);
     outgoing.clear();
     connection_seen = 0;
@@ -107,6 +116,7 @@ void zorn_mw::socket_handler() {
         first_pass_done = 1;
         socket_connect(0);
     }
+    if (server_identity.pending) return;
     const int state = socket.get_state();
     if (!connection_seen) {
         // Reading starts one tick after the connect.
