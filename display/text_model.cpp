@@ -242,7 +242,13 @@ void zorn_textctrl_model::clear_text() {
     skip_leading_newlines = 1;
     stream.clear();
     chunks.clear();
+    ++cleared_count;
     reset_lines();
+}
+
+int zorn_textctrl_model::line_at_offset(uint64_t offset) const {
+    const long long line = lines.last_at_or_below(offset, [](const zorn_textctrl_line& l) { return l.start(); });
+    return static_cast<int>(std::max(0LL, std::min<long long>(line, current_line)));
 }
 
 void zorn_textctrl_model::get_max_char_size(int* max_width, int* max_height) const {

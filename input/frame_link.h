@@ -29,6 +29,8 @@ public:
     virtual void main_page_up() {}
     virtual void main_page_down() {}
     virtual bool main_has_selection() { return false; }
+    // Ctrl-F: the find strip under the main text, with the keyboard in it.
+    virtual void open_main_find() {}
     virtual void main_clear_selection() {}
 
     // ---- The channel display now shown (none: following, nothing selected) ------------------------
