@@ -135,7 +135,7 @@ void zorn_mw::menu_handler(wxCommandEvent& event) {
             refresh_text();
             return;
         case zorn_menu_save_logfile: save_logfile_dialog(); return;
-        case zorn_menu_find: open_main_find(); return;
+        case zorn_menu_find_text: open_main_find(); return;
         case zorn_menu_clear_scrollback:
             main_display->clear_display();
             channel_window->clear_all_channels();

@@ -31,7 +31,7 @@ enum : int {
     zorn_menu_more_commands = 78,
     zorn_menu_about = 93,
     zorn_menu_last_fixed_id = 93,
-    zorn_menu_find = 120,
+    zorn_menu_find_text = 120,
     zorn_menu_split_view = 121,
 };
 
