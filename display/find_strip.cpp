@@ -19,10 +19,11 @@ zorn_find_strip::zorn_find_strip(zorn_ansi_display* display)
     : wxPanel(display, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, wxT("find strip")),
       box(nullptr),
       count_label(nullptr),
+      find_label(nullptr),
       display(display) {
     SetBackgroundColour(wxColour(48, 48, 48));
-    auto* label = new wxStaticText(this, wxID_ANY, wxT("Find:"), wxPoint(padding, padding + 4));
-    label->SetForegroundColour(*wxWHITE);
+    find_label = new wxStaticText(this, wxID_ANY, wxT("Find:"), wxPoint(padding, padding + 4));
+    find_label->SetForegroundColour(*wxWHITE);
     box = new wxTextCtrl(this, wxID_ANY, wxEmptyString, wxDefaultPosition, wxSize(box_width, -1), wxTE_PROCESS_ENTER,
                          wxDefaultValidator, wxT("find box"));
     count_label = new wxStaticText(this, wxID_ANY, wxT("0 of 0"));
@@ -36,7 +37,7 @@ zorn_find_strip::zorn_find_strip(zorn_ansi_display* display)
 int zorn_find_strip::strip_height() const { return box->GetBestSize().GetHeight() + 2 * padding; }
 
 void zorn_find_strip::place_children() {
-    const int label_width = GetChildren().GetFirst()->GetData()->GetBestSize().GetWidth();
+    const int label_width = find_label->GetBestSize().GetWidth();
     const int height = box->GetBestSize().GetHeight();
     box->SetSize(2 * padding + label_width, padding, box_width, height);
     count_label->SetPosition(wxPoint(3 * padding + label_width + box_width + padding, padding + 4));

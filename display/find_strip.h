@@ -41,5 +41,6 @@ private:
     void update_count();
     void place_children();
 
+    wxStaticText* find_label;
     zorn_ansi_display* display;
 };
