@@ -3,6 +3,7 @@
 #include <wx/dcclient.h>
 #include <wx/font.h>
 #include <wx/icon.h>
+#include <wx/iconbndl.h>
 #include <wx/menu.h>
 #include <wx/pen.h>
 
@@ -15,6 +16,7 @@
 #include "base/boot.h"
 #include "app/layout.h"
 #include "app/menus.h"
+#include "audio/audio_stream.h"
 #include "base/threads.h"
 #include "base/words.h"
 #include "config/debug_log.h"
@@ -45,7 +47,7 @@ int url_request_set = 0;
 namespace {
 
 zorn_mw* main_frame = nullptr;
-wxIcon* frame_icon = nullptr;
+wxIconBundle* frame_icons = nullptr;
 
 void log2(const char* text) {
     if (zorn_debug_level >= 2) zorn_client_debug_printf("%s", text);
@@ -66,16 +68,18 @@ void zorn_web_main_page(zorn_fixed_string* out) {
     out->append("/?ln");
 }
 
-void zorn_set_frame_icon(const wxIcon& icon) {
-    delete frame_icon;
-    frame_icon = new wxIcon(icon);
+void zorn_set_frame_icon(const wxIcon& icon) { zorn_set_frame_icons(wxIconBundle(icon)); }
+
+void zorn_set_frame_icons(const wxIconBundle& icons) {
+    delete frame_icons;
+    frame_icons = new wxIconBundle(icons);
 }
 
 zorn_frame::zorn_frame(wxWindow* parent, wxWindowID id, const wxString& title, const wxPoint& pos,
                        const wxSize& size, long style)
     : wxFrame(parent, id, title, pos, size, style) {
     SetName(wxT("zorn frame ") + title);
-    if (frame_icon) SetIcon(*frame_icon);
+    if (frame_icons) SetIcons(*frame_icons);
 }
 
 wxBEGIN_EVENT_TABLE(zorn_mw, zorn_frame)
@@ -205,11 +209,15 @@ zorn_mw::~zorn_mw() {
     delete link_font;
 }
 
-// FIXME: audio starts here (when the system audio switch is on) once the mixer exists.
+// A machine without a sound device switches audio off in the settings and plays on silently.
 void zorn_mw::delayed_initialization() {
     tick_timer.Start(zorn_tick_period_ms);
     ping_timer.Start(zorn_ping_period_ms);
     autosave_timer.Start(zorn_autosave_period_ms);
+    if (LConfig::instance().get_system_audio() && !::start_audio()) {
+        log2("Warning in zorn_mw::delayed_initialization() - unable to open audio path.  Disabling in config.\n");
+        LConfig::instance().SetSystemAudio(0);
+    }
 }
 
 void zorn_mw::OnTimer(wxTimerEvent&) {
@@ -425,9 +433,9 @@ void zorn_mw::system_shutdown_handler() {
 }
 
 
-// FIXME: audio release joins here.
 void zorn_mw::exit_step() {
     log2("zorn_mw::shutdown - requested exit\n");
+    release_audio();
     popup_manager->destroy_all();
     LConfig::instance().save_system_config_file();
     Destroy();
@@ -442,6 +450,7 @@ void zorn_mw::close_handler(wxCloseEvent& event) {
         verify_program_exit();
         return;
     }
+    release_audio();  // the process ends with the frame: let the device go
     popup_manager->destroy_all();
     LConfig::instance().save_system_config_file();
     Destroy();

@@ -86,8 +86,10 @@ public:
                long style);
 };
 
-// The icon every zorn_frame takes; none until stored.
+// The icon every zorn_frame takes; none until stored. The bundle form gives the window manager
+// every size at once.
 void zorn_set_frame_icon(const wxIcon& icon);
+void zorn_set_frame_icons(const wxIconBundle& icons);
 
 class zorn_mw : public zorn_frame,
                public zorn_frame_link,

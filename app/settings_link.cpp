@@ -1,6 +1,7 @@
 // What a change of setting does to the window: the frame's side of the settings listener, and
 // its link to the command line's password mode and histories.
 #include "app/main_frame.h"
+#include "audio/audio_stream.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
@@ -91,6 +92,5 @@ void zorn_mw::apply_fonts(const char* main_description, int main_size, const cha
     apply_description(zorn_status_font(), button_description, button_size + 2);
 }
 
-// FIXME: the mixer's output stream once audio exists; until then there is no sound path.
-bool zorn_mw::start_audio() { return false; }
-void zorn_mw::stop_audio() {}
+bool zorn_mw::start_audio() { return ::start_audio() != 0; }
+void zorn_mw::stop_audio() { ::stop_audio(); }

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "app/main_frame.h"
+#include "audio/soundpack.h"
 #include "automap/automap_display.h"
 #include "automap/automap_renderer.h"
 #include "base/threads.h"
@@ -67,8 +68,8 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
     } else if (std::strcmp(name, "config") == 0) {
         config_cmd_process(payload);
     } else if (std::strcmp(name, "sound") == 0) {
-        // FIXME: parse_audio_tag once the soundpack exists; with audio off the tag is ignored.
-        if (LConfig::instance().get_system_audio()) no_handler(name);
+        // With audio off the tag is ignored, and no file is looked for.
+        if (LConfig::instance().get_system_audio()) zorn_soundpack::instance().parse_audio_tag(payload);
     } else {
         // FIXME: group, bclear, and the numbered button tags "bf<n>" and "b<n>" (tested last, so
         // "bclear" never reaches them) join with their panels.

@@ -406,6 +406,9 @@ void session::walk(const direction& way) {
     }
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " leaves " + way.name + ".\r\n");
     if (move > 0) move--;
+    // A step, and a door where the way leads in or out of a building.
+    output += tag("sound", "move/step");
+    if (where->sky[0] != target->sky[0]) output += tag("sound", "move/door");
     where = target;
     game->move(session_id, where);
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " arrives.\r\n");
@@ -601,11 +604,13 @@ void session::fight_round() {
     hp = hp > dummy_damage ? hp - dummy_damage : 1;
     output += "\r\n";
     if (dummy_health > 0) {
+        output += tag("sound", "combat/blow");
         output += tag("enemyhp", std::to_string(dummy_health) + " " + dummy_name);
         send_text("You hit " + std::string(dummy_name) + ". It creaks and swings back at you.\r\n");
     } else {
         dummy_health = 0;
         experience = std::min(experience + kill_experience, 1000);
+        output += tag("sound", "combat/dummy_falls");
         output += single_tag("ncombat");
         output += tag("xpp", std::to_string(experience) + " " + std::to_string(bonus_experience));
         send_text("The training dummy falls apart! You feel more experienced.\r\n");

@@ -123,6 +123,13 @@ TEST(TestworldSession, WalkingTheGrid) {
         EXPECT_TRUE(contains(reply, row.room_or_message));
         EXPECT_TRUE(contains(reply, row.tags));
     }
+    // Steps sound; leaving the square for the smithy, a building, passes a door.
+    EXPECT_FALSE(contains(p.line("l"), ";ssound;"));
+    EXPECT_FALSE(contains(p.line("w"), ";ssound;")) << "no way west: no step";
+    EXPECT_TRUE(contains(p.line("e"), ";ssound;move/step;esound;"));
+    p.line("n");
+    const std::string door = p.line("w");
+    EXPECT_TRUE(contains(door, ";ssound;move/step;esound;;ssound;move/door;esound;")) << door;
     EXPECT_EQ(exits_code(0), "AA");
     EXPECT_EQ(exits_code(1023), "``") << "31 above 'A' in both letters";
 }
@@ -322,6 +329,12 @@ TEST(TestworldSession, TheTrainingDummyFightsUntilItFalls) {
     for (const char* step : {"80", "60", "40", "20"})
         EXPECT_TRUE(contains(rounds, std::string(";senemyhp;") + step + " the training dummy;eenemyhp;")) << step;
     EXPECT_TRUE(contains(rounds, ";tncombat;;sxpp;450 120;expp;"));
+    size_t blows = 0;
+    for (size_t at = rounds.find(";ssound;combat/blow;esound;"); at != std::string::npos;
+         at = rounds.find(";ssound;combat/blow;esound;", at + 1))
+        blows++;
+    EXPECT_EQ(blows, 4u);
+    EXPECT_TRUE(contains(rounds, ";ssound;combat/dummy_falls;esound;;tncombat;"));
     EXPECT_TRUE(contains(rounds, ";shp;132 150 "));
     EXPECT_TRUE(contains(rounds, "The training dummy falls apart!"));
     now += std::chrono::seconds(5);
