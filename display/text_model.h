@@ -104,7 +104,8 @@ public:
     void set_scroll_line(int line);
     int set_top_line(int line);
     void get_scroll_info(int* position, int* range, int* page) const;
-    void translate_xy_to_line_and_offset(int x, int y, int* line, int* offset) const;
+    // bottom_line: the line drawn lowest, when it isn't scroll_line (the live end of a split view).
+    void translate_xy_to_line_and_offset(int x, int y, int* line, int* offset, int bottom_line = -1) const;
 
     // Selection.
     void clear_selection();

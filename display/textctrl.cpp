@@ -203,7 +203,10 @@ void zorn_textctrl::mouse_handler(wxMouseEvent& event) {
         y += model.font_height;
     }
     int line = 0, offset = 0;
-    model.translate_xy_to_line_and_offset(x, y, &line, &offset);
+    // Below the divider of a split view lie the newest lines, not those of the scrolled-back view.
+    const int live = split_lines();
+    const bool in_live_end = live > 0 && y >= window_height - 1 - live * model.font_height;
+    model.translate_xy_to_line_and_offset(x, y, &line, &offset, in_live_end ? model.current_line : -1);
     if (type == wxEVT_LEFT_DOWN) {
         if (url_clicked_on(line, offset)) return;
         model.selecting = 1;

@@ -223,6 +223,19 @@ TEST_F(ScrollbackView, SplitViewShowsTheLiveEndDuringAFlood) {
         ASSERT_EQ(newest, "tick " + std::to_string(tick) + " line 49");
         ASSERT_EQ(text()->model.scroll_line, scroll_line);
     }
+    // A drag over the newest full line selects that line, not the hidden one of the view above.
+    const zorn_textctrl_model& m = text()->model;
+    const wxPoint row = text()->GetScreenPosition() + wxPoint(0, height - 1 - 2 * m.font_height + m.font_height / 2);
+    keys.MouseMove(row + wxPoint(3, 0));
+    keys.MouseDown();
+    keys.MouseMove(row + wxPoint(3 + 6 * m.char_width['x'], 0));
+    keys.MouseUp();
+    ASSERT_TRUE(pump_until([&] { return m.selection_active && !m.selecting; }));
+    EXPECT_EQ(m.selection_start_line, m.current_line - 1);
+    EXPECT_EQ(m.selection_end_line, m.current_line - 1);
+    EXPECT_EQ(m.scroll_line, scroll_line);
+    text()->clear_selection();
+    point_at_editor();
     // Page Down to the end unlocks, and the whole window follows again.
     while (!frame->main_display->is_following()) {
         keys.Char(WXK_PAGEDOWN);
