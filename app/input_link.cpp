@@ -16,6 +16,10 @@ void zorn_mw::open_main_find() {
     if (main_display->find_strip) main_display->find_strip->open();
 }
 
+bool zorn_mw::function_key(const wxKeyEvent& event) {
+    return session_state == session_logged_in && input_window->line_edit.fkey_pressed(event);
+}
+
 bool zorn_mw::main_has_selection() { return main_display->textctrl->has_selection(); }
 
 void zorn_mw::main_clear_selection() {

@@ -114,6 +114,7 @@ public:
     bool main_has_selection() override;
     void main_clear_selection() override;
     void open_main_find() override;
+    bool function_key(const wxKeyEvent& event) override;
     int current_session_state() override { return session_state; }
     bool channel_is_following() override;
     void unlock_channel_scrollback() override;

@@ -100,6 +100,10 @@ void zorn_find_strip::key_handler(wxKeyEvent& event) {
             update_count();
             return;
         case WXK_ESCAPE: close(); return;
-        default: event.Skip(); return;
+        default: break;
     }
+    // F3 and the other function keys stay the player's aliases here too.
+    zorn_frame_link* frame = zorn_get_frame_link();
+    if (event.GetKeyCode() >= WXK_F1 && event.GetKeyCode() <= WXK_F12 && frame && frame->function_key(event)) return;
+    event.Skip();
 }

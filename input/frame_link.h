@@ -8,6 +8,7 @@
 
 #include <string>
 
+class wxKeyEvent;
 class wxWindow;
 
 class zorn_frame_link {
@@ -31,6 +32,9 @@ public:
     virtual bool main_has_selection() { return false; }
     // Ctrl-F: the find strip under the main text, with the keyboard in it.
     virtual void open_main_find() {}
+    // A function key pressed outside the command line (the find box): the player's alias, as on
+    // the command line. False when not taken.
+    virtual bool function_key(const wxKeyEvent& /*event*/) { return false; }
     virtual void main_clear_selection() {}
 
     // ---- The channel display now shown (none: following, nothing selected) ------------------------

@@ -143,6 +143,14 @@ TEST_F(ScrollbackView, FindLightsHitsAndStepsThroughThem) {
     keys.Char(WXK_RETURN, wxMOD_SHIFT);  // and back to the newer one
     ASSERT_TRUE(pump_until([&] { return count() == "3 of 3" && screen_current(); }));
 
+    // F3 in the find box is the player's alias, as on the command line, which leaves the scrollback.
+    frame->session_state = session_logged_in;
+    keys.Char(WXK_F3);
+    ASSERT_TRUE(pump_until([&] { return frame->main_display->is_following(); }));
+    frame->session_state = session_none;
+    keys.Char(WXK_RETURN);
+    ASSERT_TRUE(pump_until([&] { return !frame->main_display->is_following() && screen_current(); }));
+
     keys.Char(WXK_ESCAPE);
     ASSERT_TRUE(pump_until([&] { return !strip()->IsShown() && screen_current(); }));
     EXPECT_TRUE(frame->main_display->is_following());
