@@ -6,6 +6,7 @@
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
 #include "input/input_window.h"
+#include "panels/group_display.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 #include "theme/font.h"
@@ -49,9 +50,9 @@ void zorn_mw::relayout_scrollbar() {
     Refresh(false);
 }
 
-// FIXME: reparent_group_display runs after reparent_automap once the group display exists.
 void zorn_mw::switch_layout() {
     reparent_automap();
+    reparent_group_display();
     update_background(false);
     layout_panels();
     Refresh(false);
@@ -81,8 +82,7 @@ void zorn_mw::show_status_display(bool show) {
     layout_and_refresh();
 }
 
-// FIXME: the group display and channel window take these over as they join.
-void zorn_mw::hide_group_display() {}
+void zorn_mw::hide_group_display() { group_display->Show(false); }
 void zorn_mw::set_channel_window_enable(int) { layout_and_refresh(); }
 
 void zorn_mw::apply_fonts(const char* main_description, int main_size, const char* button_description,
