@@ -206,6 +206,9 @@ const char* const keyboard_list_lines[] = {
     "\nControl }         - increase input window size",
     "\nControl 1-9       - quick open/close of popup windows",
     "\nControl-Shift 1-9 - quick enable/disable of various features",
+    "\nControl-Shift 6   - screen reader on/off",
+    "\nControl           - (screen reader) stop speaking",
+    "\nControl R         - (screen reader) say the last line again",
     nullptr,
 };
 

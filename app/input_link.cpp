@@ -1,5 +1,6 @@
 // The frame's side of the command line: the scrollback keys reach the main display, the
 // clipboard, and the line editor's password mode and histories for the session code.
+#include "access/reader_window.h"
 #include "app/clipboard.h"
 #include "app/main_frame.h"
 #include "display/ansi_display.h"
@@ -36,7 +37,15 @@ bool zorn_mw::clipboard_get_text(std::string* text) {
     return true;
 }
 
-void zorn_mw::enter_password_mode() { input_window->line_edit.enter_password_mode(); }
-void zorn_mw::leave_password_mode() { input_window->line_edit.leave_password_mode(); }
+// A screen reader must not echo the keys of a password either.
+void zorn_mw::enter_password_mode() {
+    input_window->line_edit.enter_password_mode();
+    zorn_set_accessible_password(&input_window->line_edit, true);
+}
+
+void zorn_mw::leave_password_mode() {
+    input_window->line_edit.leave_password_mode();
+    zorn_set_accessible_password(&input_window->line_edit, false);
+}
 bool zorn_mw::echo_allowed() const { return input_window->line_edit.echo_allowed(); }
 void zorn_mw::select_history_list(int list) { input_window->line_edit.select_history_list(list); }

@@ -16,6 +16,7 @@
 #include "base/boot.h"
 #include "app/layout.h"
 #include "app/menus.h"
+#include "app/screen_reader.h"
 #include "audio/audio_stream.h"
 #include "base/threads.h"
 #include "base/words.h"
@@ -99,6 +100,7 @@ wxBEGIN_EVENT_TABLE(zorn_mw, zorn_frame)
     EVT_MENU(zorn_popup_menu_reset_id, zorn_mw::reset_positions_handler)
     EVT_MENU_RANGE(1, zorn_menu_last_fixed_id, zorn_mw::menu_handler)
     EVT_MENU_RANGE(zorn_menu_find_text, zorn_menu_split_view, zorn_mw::menu_handler)
+    EVT_MENU(zorn_menu_screen_reader, zorn_mw::menu_handler)
 wxEND_EVENT_TABLE()
 
 // Panels and dialogs of later subsystems join in the places their steps name.
@@ -141,6 +143,7 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
       first_pass_done(0),
       connection_seen(0),
       last_ping_ms(-1),
+      screen_reader(nullptr),
       link_font(nullptr) {
     // The panels reach the frame through this pointer while they are being built.
     main_frame = this;
@@ -218,6 +221,7 @@ zorn_mw::~zorn_mw() {
     // The popup windows go while the frame can still be told about their displays.
     popup_manager->destroy_all();
     delete popup_manager;
+    delete screen_reader;
     delete channel_window;
     // The buttons themselves are child windows, deleted with the frame.
     delete direction_buttons;
@@ -254,6 +258,7 @@ void zorn_mw::OnTimer(wxTimerEvent&) {
         deferred_focus = 0;
     }
     socket_handler();
+    screen_reader_tick();
     animation_run(zorn_tick_ms);
     // Changes made before login stay pending and reach the server right after it.
     if (session_state == session_logged_in && client_status_dirty) {
@@ -346,7 +351,8 @@ void zorn_mw::layout_panels() {
     if (status.placed) status_display->set_size(status.x, status.y, status.width, status.height);
     const layout_rect& r = placed.input_window;
     input_window->set_size(r.x, r.y, r.width, r.height);
-    const layout_rect& m = placed.main_display;
+    layout_rect m = placed.main_display;
+    place_screen_reader(&m);
     main_display->set_size(m.x, m.y, m.width, m.height);
     const layout_rect& p = placed.popup_row;
     if (p.placed) popup_manager->set_rect(p.x, p.y, p.width, p.height);

@@ -49,6 +49,8 @@ class zorn_group_display;
 struct layout_result;
 class zorn_automap_display;
 class zorn_automap_frame;
+class zorn_screen_reader;
+struct layout_rect;
 
 // How far the player is; says nothing of the socket.
 enum : int {
@@ -128,6 +130,8 @@ public:
     void channel_clear_selection() override;
     // Ctrl and a digit: popup window 1 to 10, while logged in.
     void toggle_popup(int number) override;
+    void speech_silence() override;
+    void speech_repeat() override;
 
     // zorn_popup_host: the "&Popups" menu and the screen.
     void add_popup_menu_item(zorn_popup_button* button) override;
@@ -301,6 +305,8 @@ public:
     int connection_seen;
     // The last lag sample in milliseconds, -1 before the first.
     int last_ping_ms;
+    // Null while the screen_reader setting is off (screen_reader_link.cpp).
+    zorn_screen_reader* screen_reader;
     // A changed server key waiting for the player's answer: nothing is read or sent meanwhile.
     struct identity_question {
         bool pending = false;
@@ -311,6 +317,11 @@ public:
     zorn_pin_dialog* pin_dialog = nullptr;  // made at the first question
 
 private:
+    // The screen reader follows its setting; placed, it takes a strip at the foot of main_area.
+    void screen_reader_sync();
+    void place_screen_reader(layout_rect* main_area);
+    void screen_reader_text(const char* bytes, int length);
+    void screen_reader_tick();
     void connect_display_hooks();
     void place_button_sets(const layout_result& placed);
     void create_automap();

@@ -65,6 +65,7 @@ const zorn_menu_row zorn_menu_rows[] = {
     {prefs, nullptr, "Enable URL Linking", 32, C, zorn_setting_url_hotlinking, 0},
     {prefs, nullptr, nullptr, 0, S, none, 0},
     {prefs, nullptr, "Enable Sounds", 34, C, none, 0},
+    {prefs, nullptr, "Screen Reader", zorn_menu_screen_reader, C, zorn_setting_screen_reader, 0},
     {prefs, nullptr, nullptr, 0, S, none, 0},
     {prefs, nullptr, "Use Default Preferences", 35, N, none, 0},
 

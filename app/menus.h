@@ -33,6 +33,8 @@ enum : int {
     zorn_menu_last_fixed_id = 93,
     zorn_menu_find_text = 120,
     zorn_menu_split_view = 121,
+    // Beyond the fixed ids and the popup windows' 94 to 111.
+    zorn_menu_screen_reader = 130,
 };
 
 enum class zorn_menu_kind : char { normal = 'N', check = 'C', radio = 'R', separator = '-' };

@@ -4,9 +4,11 @@
 #include <wx/utils.h>
 
 #include <cstdio>
+#include <cstring>
 
 #include "app/dialogs.h"
 #include "app/main_frame.h"
+#include "app/screen_reader.h"
 #include "automap/automap_display.h"
 #include "config/debug_log.h"
 #include "config/lconfig.h"
@@ -161,6 +163,7 @@ void zorn_mw::end_block() {
 // Chat goes to its tab, and to the main text as well unless the channel window shows it and the
 // player doesn't want it twice.
 void zorn_mw::text_run(const char* bytes, int length) {
+    if (screen_reader) screen_reader_text(bytes, length);
     if (!channel_divert_active) {
         text_target->add_ansi_text(bytes, length);
         return;
@@ -185,12 +188,15 @@ void zorn_mw::begin_message() {
     main_display->unlock_scrollback();
     main_display->reset_colors();
     main_display->add_text("\n");
+    if (screen_reader) screen_reader->text("\n", 1, nullptr);
     // A tag half received now is given up: what is left of it arrives as plain text.
     parser.reset();
 }
 
 void zorn_mw::print_message(const char* text) {
-    if (text) main_display->add_text(text);
+    if (!text) return;
+    main_display->add_text(text);
+    if (screen_reader) screen_reader->text(text, static_cast<int>(std::strlen(text)), nullptr);
 }
 
 void zorn_mw::print_highlight(const char* text) {

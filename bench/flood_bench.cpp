@@ -3,7 +3,8 @@
 // `lantern-testworld --flood F --repeat N --once`, F being numbered game text from
 // testworld/flood_text.h. Measured from the start of the first tick (which connects) to the end of
 // the tick that reads the server's close; also every tick is timed from outside the frame.
-// Needs an X server: xvfb-run -a build/bench/bench_flood [--megabytes N] [--trials N]
+// Needs an X server: xvfb-run -a build/bench/bench_flood [--megabytes N] [--trials N] [--screen-reader 1]
+// (the last with the screen reader on: line cutting and the accessible mirror, speech if present).
 
 #include <wx/app.h>
 #include <wx/evtloop.h>
@@ -91,7 +92,7 @@ run_result run_once(const std::string& flood_path, int repeat) {
     return result;
 }
 
-int run(int megabytes, int trials) {
+int run(int megabytes, int trials, bool screen_reader) {
     net_test::temp_dir dir;
     const std::string flood = testworld::make_flood_text(flood_file_bytes);
     net_test::write_file(dir.file("flood.txt"), flood);
@@ -99,6 +100,7 @@ int run(int megabytes, int trials) {
     const int repeat = std::max(1, static_cast<int>((wanted + flood.size() / 2) / flood.size()));
     const double total_mb = static_cast<double>(flood.size()) * repeat / (1 << 20);
     if (!e2e::start_client_process(dir.path(), 1, 1)) return 1;
+    LConfig::instance().set_screen_reader(screen_reader ? 1 : 0);
     std::printf("flood: %d x %zu bytes (%.1f MB) of numbered game text, %zu lines each\n", repeat, flood.size(),
                 total_mb, testworld::count_flood_lines(flood));
     std::printf("%-6s %10s %10s %8s %12s %12s %10s\n", "trial", "seconds", "MB/s", "ticks", "longest ms", "mean ms",
@@ -123,12 +125,14 @@ int run(int megabytes, int trials) {
 int main(int argc, char** argv) {
     int megabytes = 50;
     int trials = 3;
+    bool screen_reader = false;
     for (int i = 1; i + 1 < argc; i += 2) {
         if (std::strcmp(argv[i], "--megabytes") == 0) megabytes = std::atoi(argv[i + 1]);
         else if (std::strcmp(argv[i], "--trials") == 0) trials = std::atoi(argv[i + 1]);
+        else if (std::strcmp(argv[i], "--screen-reader") == 0) screen_reader = std::atoi(argv[i + 1]) != 0;
     }
     if (megabytes < 1 || trials < 1) {
-        std::fprintf(stderr, "usage: bench_flood [--megabytes N] [--trials N]\n");
+        std::fprintf(stderr, "usage: bench_flood [--megabytes N] [--trials N] [--screen-reader 0|1]\n");
         return 2;
     }
     wxApp::SetInstance(new bench_app);
@@ -138,7 +142,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     wxTheApp->CallOnInit();
-    const int status = run(megabytes, trials);
+    const int status = run(megabytes, trials, screen_reader);
     wxTheApp->OnExit();
     wxEntryCleanup();
     return status;

@@ -90,6 +90,8 @@ const zorn_setting_info setting_table[] = {
      0, false, menu | dirty, "Show &Color Flash Events"},
     {zorn_setting_split_view, "split_view", &char_config::split_view, 1, check::lowest_bit, 0, 1, 0, false, menu,
      "Split View"},
+    {zorn_setting_screen_reader, "screen_reader", &char_config::screen_reader, 0, check::lowest_bit, 0, 1, 0, true,
+     menu | layout, "Screen Reader"},
 };
 static_assert(sizeof setting_table / sizeof setting_table[0] == zorn_setting_count, "one row per setting");
 

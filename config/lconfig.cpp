@@ -350,7 +350,9 @@ void LConfig::use_default_preferences() {
     const char_config defaults;
     for (int k = 0; k < zorn_setting_count; ++k) {
         const auto key = static_cast<zorn_setting>(k);
-        if (key == zorn_setting_font_size || key == zorn_setting_button_font_size) continue;
+        // A player who needs the screen reader keeps it through a reset of the preferences.
+        if (key == zorn_setting_font_size || key == zorn_setting_button_font_size || key == zorn_setting_screen_reader)
+            continue;
         current_char_cfg->value(key) = defaults.value(key);
     }
     // The settings whose setters act on their own (no layout) hear of the new value directly.

@@ -65,6 +65,9 @@ public:
     // ---- Panels ------------------------------------------------------------------------------------
     // Shows or hides popup window number (1 to 10).
     virtual void toggle_popup(int /*number*/) {}
+    // The screen reader's keys: stop speaking, say the last line again.
+    virtual void speech_silence() {}
+    virtual void speech_repeat() {}
     // One step of the automap's size, as the View menu's items.
     virtual void automap_smaller() {}
     virtual void automap_larger() {}

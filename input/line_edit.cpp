@@ -347,7 +347,8 @@ bool zorn_line_edit::ctrl_digit(int digit, bool shift) {
         case 7: toggle_setting(&LConfig::get_fkey_button_display, &LConfig::set_fkey_button_display); break;
         case 8: toggle_setting(&LConfig::get_popup_display, &LConfig::set_popup_display); break;
         case 9: toggle_setting(&LConfig::get_mw_scrollbar_enable, &LConfig::set_mw_scrollbar_enable); break;
-        default: break;  // 0 and 6 are free
+        case 6: toggle_setting(&LConfig::get_screen_reader, &LConfig::set_screen_reader); break;
+        default: break;  // 0 is free
     }
     return true;
 }
@@ -416,6 +417,13 @@ bool zorn_line_edit::ctrl_key(wxKeyEvent& event) {
             if (link) link->lock_main_scrollback();
             return true;
         case 'V': manual_clipboard_paste(); return true;
+        case 'R':
+            if (link) link->speech_repeat();
+            return true;
+        case WXK_CONTROL:
+            // Ctrl alone silences speech, as in screen readers; the key goes on as before.
+            if (link) link->speech_silence();
+            return false;
         case '\\': case '|':
             clear_line();
             if (link) link->send_abort();

@@ -198,9 +198,11 @@ TEST(CharConfigSetters, DefaultPreferencesKeepFontsAndPopups) {
     const char_config unusual = unusual_record();
     *record = unusual;
     record->name.clear();
+    record->screen_reader = 1;
     recording_listener listener;
     config.use_default_preferences();
     const char_config defaults;
+    EXPECT_EQ(record->screen_reader, 1);  // a player who needs it keeps it
     EXPECT_EQ(record->font, unusual.font);
     EXPECT_EQ(record->font_size, unusual.font_size);
     EXPECT_EQ(record->button_font_size, unusual.button_font_size);
