@@ -1,6 +1,6 @@
 // The frame's side of the command line: the scrollback keys reach the main display, the
 // clipboard, and the line editor's password mode and histories for the session code.
-#include "access/reader_window.h"
+#include "display/reader_window.h"
 #include "app/clipboard.h"
 #include "app/main_frame.h"
 #include "display/ansi_display.h"

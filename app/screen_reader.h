@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "access/reader_core.h"
+#include "display/reader_core.h"
 
 class wxWindow;
 class zorn_reader_mirror;

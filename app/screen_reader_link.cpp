@@ -3,8 +3,8 @@
 // accessible names of the gauges and the map.
 #include <algorithm>
 
-#include "access/reader_window.h"
-#include "access/speechd_output.h"
+#include "display/reader_window.h"
+#include "display/speechd_output.h"
 #include "app/layout.h"
 #include "app/main_frame.h"
 #include "app/screen_reader.h"

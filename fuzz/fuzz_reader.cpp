@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "access/reader_core.h"
+#include "display/reader_core.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "access/reader_window.h"
-#include "access/speechd_output.h"
+#include "display/reader_window.h"
+#include "display/speechd_output.h"
 #include "app/main_frame.h"
 #include "app/screen_reader.h"
 #include "config/lconfig.h"

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "access/reader_core.h"
+#include "display/reader_core.h"
 
 // The accessible name of the mirror, by which tools find it.
 inline constexpr const char* zorn_mirror_accessible_name = "Game text";

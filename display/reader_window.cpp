@@ -1,4 +1,4 @@
-#include "access/reader_window.h"
+#include "display/reader_window.h"
 
 #include <dlfcn.h>
 #include <wx/event.h>

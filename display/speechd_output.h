@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "access/reader_core.h"
+#include "display/reader_core.h"
 
 inline constexpr const char* zorn_speechd_library = "libspeechd.so.2";
 

@@ -1,4 +1,4 @@
-#include "access/speechd_output.h"
+#include "display/speechd_output.h"
 
 #include <dlfcn.h>
 

@@ -1,4 +1,4 @@
-#include "access/reader_core.h"
+#include "display/reader_core.h"
 
 #include <algorithm>
 #include <cctype>

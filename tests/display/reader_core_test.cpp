@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "access/reader_core.h"
-#include "access/speechd_output.h"
+#include "display/reader_core.h"
+#include "display/speechd_output.h"
 #include "tests/support/case_file.h"
 
 namespace {
@@ -52,7 +52,7 @@ std::vector<std::string> run_lines(const std::string& input, size_t cut) {
 }
 
 TEST(ReaderLines, GoldenCasesAtEveryCut) {
-    for (const case_row& row : read_cases("access/reader_line_cases.txt")) {
+    for (const case_row& row : read_cases("display/reader_line_cases.txt")) {
         SCOPED_TRACE(row.where + " " + row.str(0));
         std::vector<std::string> expected;
         for (size_t i = 2; i < row.size(); ++i)
