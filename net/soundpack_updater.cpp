@@ -19,13 +19,7 @@ void log_message(void*, const char* text) {
 
 void ignore_file_progress(void*, int, int) {}
 
-void log_total_progress(void*, double done, double to_do) {
-    const long long now = static_cast<long long>(std::time(nullptr));
-    if (last_progress_second.exchange(now) == now) return;
-    if (zorn_debug_level >= 3) {
-        zorn_client_debug_printf("Soundpack %5.1f%% complete.\n", done * 100.0 / (to_do > 0 ? to_do : 1.0));
-    }
-}
+void log_total_progress(void*, double done, double to_do) { zorn_soundpack_log_progress(done, to_do); }
 
 void updater_thread(void* raw) {
     std::unique_ptr<zorn_soundpack_updater_settings> settings(static_cast<zorn_soundpack_updater_settings*>(raw));
@@ -77,6 +71,14 @@ bool update_under_lock(const zorn_soundpack_updater_settings& settings, const st
 }
 
 }  // namespace
+
+void zorn_soundpack_log_progress(double done, double to_do) {
+    const long long now = static_cast<long long>(std::time(nullptr));
+    if (last_progress_second.exchange(now) == now) return;
+    if (zorn_debug_level >= 3) {
+        zorn_client_debug_printf("Soundpack %5.1f%% complete.\n", done * 100.0 / (to_do > 0 ? to_do : 1.0));
+    }
+}
 
 int zorn_soundpack_update_round(const zorn_soundpack_updater_settings& settings) {
     const std::string directory = settings.config_directory + "/soundpack/";

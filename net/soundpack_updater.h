@@ -35,6 +35,9 @@ constexpr const char* zorn_soundpack_remote_manifest = "file_manifest_audio.txt.
 bool zorn_start_soundpack_updater(const char* config_directory, const char* web_host, int web_port);
 bool zorn_start_soundpack_updater(const zorn_soundpack_updater_settings& settings);
 
+// The progress line, at most one a second for the whole process.
+void zorn_soundpack_log_progress(double done, double to_do);
+
 // One round without its waits: lock, load, update, unlock. The result is the wait that follows.
 int zorn_soundpack_update_round(const zorn_soundpack_updater_settings& settings);
 // The thread's loop: a wait before every round, the round, the round's wait.

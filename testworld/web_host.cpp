@@ -4,6 +4,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <openssl/evp.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -295,6 +296,11 @@ bool web_host::send_file(int connection, const std::string& path, const std::str
     }
     std::string headers = "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(info.st_size) +
                           "\r\nContent-Type: application/octet-stream\r\nConnection: close\r\n\r\n";
+    // The head goes out with the first block of the body: a small segment of its own would wait
+    // for the client's acknowledgement before the body could follow.
+    const int on = 1;
+    setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    setsockopt(connection, IPPROTO_TCP, TCP_CORK, &on, sizeof on);
     bool ok = send_text(connection, headers);
     const size_t limit = faulty ? wanted.after : static_cast<size_t>(info.st_size);
     std::vector<char> block(1 << 18);
@@ -314,12 +320,16 @@ bool web_host::send_file(int connection, const std::string& path, const std::str
         sent += static_cast<size_t>(got);
     }
     if (ok && faulty && wanted.stall && sent == limit) ok = hold_stall(connection);
+    const int off = 0;
+    setsockopt(connection, IPPROTO_TCP, TCP_CORK, &off, sizeof off);
     close(file);
     return ok;
 }
 
 // Waits for a release, the host's stop, or the client's going away (then false).
 bool web_host::hold_stall(int connection) {
+    const int off = 0;
+    setsockopt(connection, IPPROTO_TCP, TCP_CORK, &off, sizeof off);
     ++stalled_now;
     std::unique_lock<std::mutex> hold(lock);
     const int generation = release_generation;
