@@ -192,8 +192,13 @@ TEST(Updater, StatusesBeforeAnyFetch) {
     EXPECT_EQ(manifest.update("127.0.0.1", "/soundpack", "m"), 1);
     manifest.set_temporary_file(dir.file("tmp/t").c_str());
     EXPECT_EQ(manifest.update("127.0.0.1", "/soundpack", "m"), 2);
+    // No web host at all.
+    manifest.set_destination(dir.file("pack").c_str());
+    manifest.port = net_test::unused_port();
+    EXPECT_EQ(manifest.update("127.0.0.1", "/soundpack", "m"), 4);
     EXPECT_EQ(messages, (names{"No manifest filename set.", "No temporary download filename set.",
-                               "No destination path set to store downloaded files."}));
+                               "No destination path set to store downloaded files.",
+                               "Error fetching update file 'm' from remote server, aborting update."}));
 }
 
 TEST(UpdaterDeathTest, AFailedSaveInTheMiddleEndsTheProcessWithCodeOne) {
