@@ -13,6 +13,7 @@
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "display/textctrl.h"
+#include "input/button_sets.h"
 
 wxBEGIN_EVENT_TABLE(zorn_automap_frame, zorn_frame)
     EVT_CLOSE(zorn_automap_frame::close_handler)
@@ -61,21 +62,26 @@ bool zorn_mw::automap_tag(const char* name, const char* payload, int length) {
 
 // "on" or "off" for the direction buttons, then two letters of the exits mask, 'A' to '`' each
 // (five bits); a code of other bytes leaves the mask as it was.
-// FIXME: the direction buttons take both words once they exist.
 void zorn_mw::tag_dirs(const char* payload) {
     const auto warn = [payload] {
         if (zorn_debug_level >= 2)
             zorn_client_debug_printf("Warning in zorn_mw::process_tagged_data(), bad dirs string '%s'.\n", payload);
     };
-    if (!word_equal(payload, "on") && !word_equal(payload, "off")) warn();
+    if (word_equal(payload, "on"))
+        direction_buttons->enable_all();
+    else if (word_equal(payload, "off"))
+        direction_buttons->disable_all();
+    else
+        warn();
     const char* code = next_arg(payload);
     if (!code || !code[0] || !code[1] || code[1] == ' ') return;
-    const auto letter = [](char c) { return c >= 'A' && c <= '`'; };
-    if (!letter(code[0]) || !letter(code[1])) {
+    int mask = 0;
+    if (!parse_exits_code(code, &mask)) {
         warn();
         return;
     }
-    automap->set_exits_mask(((code[0] - 65) * 32) | (code[1] - 'A'));
+    automap->set_exits_mask(mask);
+    direction_buttons->set_exits(mask);
 }
 
 void zorn_mw::set_automap_display(int value) {

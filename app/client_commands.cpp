@@ -38,6 +38,7 @@ constexpr command_row command_table[] = {
     {"//debugfill", match_rule::whole_word, 0, client_command::debugfill},
     {"//icons", match_rule::whole_word, 0, client_command::icons},
     {"//soundtest", match_rule::whole_word, 0, client_command::soundtest},
+    {"//fingerprint", match_rule::abbreviation, 6, client_command::fingerprint},
 };
 
 bool row_matches(const command_row& row, const char* text) {
@@ -174,6 +175,7 @@ const char* const client_command_list_lines[] = {
     "\n//clear                  - quick clear of all backscroll",
     "\n//quit                   - quick program exit",
     "\n//disconnect             - quick disconnect",
+    "\n//fingerprint            - show the game server's pinned key",
     "\n",
     "\nCommands Used While Disconnected -----------------------",
     "\nconnect <port>           - connect on a specified port",

@@ -22,6 +22,7 @@ enum class client_command {
     debugfill,
     icons,
     soundtest,
+    fingerprint,
 };
 
 struct client_command_match {

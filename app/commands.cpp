@@ -11,6 +11,7 @@
 #include "display/ansi_display.h"
 #include "panels/channel_window.h"
 #include "display/ansi_palette.h"
+#include "input/button_sets.h"
 #include "input/input_window.h"
 #include "panels/status_display.h"
 
@@ -97,6 +98,7 @@ void zorn_mw::run_client_command(const client_command_match& match) {
             process_tagged_data("sound", match.argument, 1);
             refresh_text();
             break;
+        case client_command::fingerprint: print_fingerprint(); break;
         case client_command::none: break;
     }
 }
@@ -226,7 +228,10 @@ void zorn_mw::config_cmd_process(const char* text) {
             if (c.get_automap_display() != on) set_automap_display(on);
             if (action == config_action::flash) automap->flash();
             break;
-        case config_panel::hint_buttons: c.set_hint_button_enable(on); break;
+        case config_panel::hint_buttons:
+            c.set_hint_button_enable(on);
+            if (action == config_action::flash) hint_buttons->flash_all();
+            break;
         case config_panel::fkey_buttons: c.set_fkey_button_display(on); break;
         case config_panel::status_bar:
             c.set_hpbar_enable(on);

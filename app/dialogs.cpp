@@ -128,3 +128,32 @@ void zorn_disconnect_dialog::disconnect_handler(wxCommandEvent&) {
     frame->process_user_command("//disconnect", 0);
     Hide();
 }
+
+zorn_pin_dialog::zorn_pin_dialog(zorn_mw* owner)
+    : zorn_warning_dialog(owner, "Server Identity Changed",
+                          "The game server's identity has changed since your last visit.\n\n"
+                          "Someone may be posing as the server. Nothing has been sent to it.\n"
+                          "Disconnect, unless you know that the server's certificate was replaced.",
+                          {{wxID_OK, "&Disconnect"}, {wxID_NO, "&Trust New Certificate"}}) {
+    SetEscapeId(wxID_OK);
+    Bind(wxEVT_BUTTON, &zorn_pin_dialog::disconnect_handler, this, wxID_OK);
+    Bind(wxEVT_BUTTON, &zorn_pin_dialog::trust_handler, this, wxID_NO);
+    Bind(wxEVT_CLOSE_WINDOW, &zorn_pin_dialog::close_handler, this);
+}
+
+void zorn_pin_dialog::disconnect_handler(wxCommandEvent&) {
+    log_handler("zorn_pin_dialog::disconnect_handler()\n");
+    Hide();
+    frame->refuse_server_identity();
+}
+
+void zorn_pin_dialog::trust_handler(wxCommandEvent&) {
+    log_handler("zorn_pin_dialog::trust_handler()\n");
+    Hide();
+    frame->trust_server_identity();
+}
+
+void zorn_pin_dialog::close_handler(wxCloseEvent&) {
+    Hide();
+    frame->refuse_server_identity();
+}

@@ -59,3 +59,13 @@ public:
     void logoff_handler(wxCommandEvent& event);
     void disconnect_handler(wxCommandEvent& event);
 };
+
+// The game server's key differs from the pinned one. Disconnect is the default, and closing the
+// dialog or Escape disconnects too: the connection must not stay held without an answer.
+class zorn_pin_dialog : public zorn_warning_dialog {
+public:
+    explicit zorn_pin_dialog(zorn_mw* frame);
+    void disconnect_handler(wxCommandEvent& event);
+    void trust_handler(wxCommandEvent& event);
+    void close_handler(wxCloseEvent& event);
+};

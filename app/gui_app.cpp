@@ -7,6 +7,7 @@
 #include <cstdlib>
 
 #include "app/command_line.h"
+#include "app/desktop_identity.h"
 #include "app/main_frame.h"
 #include "base/random.h"
 #include "config/config_directory.h"
@@ -69,6 +70,11 @@ const char* zorn_client_start_up(int argc, const char* const* argv) {
     return nullptr;
 }
 
+bool zorn_gui_app::Initialize(int& argc, wxChar** argv) {
+    zorn_set_desktop_identity(this);
+    return wxApp::Initialize(argc, argv);
+}
+
 bool zorn_gui_app::OnInit() {
     zorn_client_set_autoopen_debug_logfile_name("ember_vale_lantern.txt");
     log_at(2, "--------------------------- BOOT START --------------------------\n");
@@ -79,6 +85,7 @@ bool zorn_gui_app::OnInit() {
         exit(1);
     }
 
+    zorn_load_application_icon();
     auto* frame = new zorn_mw(nullptr, wxID_ANY, wxString::FromUTF8(zorn_frame_title), wxDefaultPosition,
                               wxSize(zorn_frame_width, zorn_frame_height), wxDEFAULT_FRAME_STYLE);
     frame->Show(true);

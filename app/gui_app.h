@@ -10,6 +10,8 @@ const char* zorn_client_start_up(int argc, const char* const* argv);
 
 class zorn_gui_app : public wxApp {
 public:
+    // Names the program for the desktop before the toolkit opens the display.
+    bool Initialize(int& argc, wxChar** argv) override;
     bool OnInit() override;
     int OnExit() override;
     // Printed to standard error (and the log) instead of the toolkit's modal dialog, which would

@@ -3,6 +3,7 @@
 #include <wx/dcclient.h>
 #include <wx/font.h>
 #include <wx/icon.h>
+#include <wx/iconbndl.h>
 #include <wx/menu.h>
 #include <wx/pen.h>
 
@@ -15,6 +16,7 @@
 #include "base/boot.h"
 #include "app/layout.h"
 #include "app/menus.h"
+#include "audio/audio_stream.h"
 #include "base/threads.h"
 #include "base/words.h"
 #include "config/debug_log.h"
@@ -26,8 +28,10 @@
 #include "automap/automap_display.h"
 #include "automap/automap_renderer.h"
 #include "input/embedded_window.h"
+#include "input/button_sets.h"
 #include "input/input_window.h"
 #include "panels/channel_window.h"
+#include "panels/group_display.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 #include "theme/builtin_images.h"
@@ -45,7 +49,7 @@ int url_request_set = 0;
 namespace {
 
 zorn_mw* main_frame = nullptr;
-wxIcon* frame_icon = nullptr;
+wxIconBundle* frame_icons = nullptr;
 
 void log2(const char* text) {
     if (zorn_debug_level >= 2) zorn_client_debug_printf("%s", text);
@@ -66,16 +70,18 @@ void zorn_web_main_page(zorn_fixed_string* out) {
     out->append("/?ln");
 }
 
-void zorn_set_frame_icon(const wxIcon& icon) {
-    delete frame_icon;
-    frame_icon = new wxIcon(icon);
+void zorn_set_frame_icon(const wxIcon& icon) { zorn_set_frame_icons(wxIconBundle(icon)); }
+
+void zorn_set_frame_icons(const wxIconBundle& icons) {
+    delete frame_icons;
+    frame_icons = new wxIconBundle(icons);
 }
 
 zorn_frame::zorn_frame(wxWindow* parent, wxWindowID id, const wxString& title, const wxPoint& pos,
                        const wxSize& size, long style)
     : wxFrame(parent, id, title, pos, size, style) {
     SetName(wxT("zorn frame ") + title);
-    if (frame_icon) SetIcon(*frame_icon);
+    if (frame_icons) SetIcons(*frame_icons);
 }
 
 wxBEGIN_EVENT_TABLE(zorn_mw, zorn_frame)
@@ -116,6 +122,10 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
       popup_count(0),
       status_display(nullptr),
       status_bar(nullptr),
+      direction_buttons(nullptr),
+      hint_buttons(nullptr),
+      fkey_manager(nullptr),
+      group_display(nullptr),
       automap(nullptr),
       automap_frame(nullptr),
       tick_timer(this, zorn_tick_timer_id),
@@ -143,8 +153,16 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
                                          wxT("main input window"));
     main_display = new zorn_main_window(this, wxID_ANY);
     text_target = main_display;
+    direction_buttons = new zorn_direction_buttons(this);
+    hint_buttons = new zorn_hint_buttons(this);
+    fkey_manager = new zorn_fkey_manager(this);
     popup_manager = new zorn_popup_manager(this, this);
     channel_window = new zorn_channel_window(this);
+    group_display = new zorn_group_display(this, wxID_ANY, wxT("main group display"));
+    group_display->Show(false);
+    main_display->group_widget = group_display;
+    main_display->group_needed_height = [this] { return group_display->required_height(); };
+    main_display->group_has_members = [this] { return !group_display->members.empty(); };
     newbie_quit_dialog = new zorn_newbie_quit_dialog(this);
     save_quit_dialog = new zorn_save_quit_dialog(this);
     pgm_exit_dialog = new zorn_pgm_exit_dialog(this);
@@ -164,10 +182,12 @@ zorn_mw::zorn_mw(wxWindow* parent, wxWindowID id, const wxString& title, const w
     zorn_set_config_listener(this);
     connect_display_hooks();
     reparent_automap();
+    reparent_group_display();
     update_automap_visibility();
     // Text from the first byte on uses the record's palette.
     zorn_select_palette(LConfig::instance().get_font_colors_setting());
 
+    direction_buttons->setup();
     layout_panels();
     Refresh(false);
     constructor_finished = 1;
@@ -198,17 +218,28 @@ zorn_mw::~zorn_mw() {
     popup_manager->destroy_all();
     delete popup_manager;
     delete channel_window;
+    // The buttons themselves are child windows, deleted with the frame.
+    delete direction_buttons;
+    delete hint_buttons;
+    delete fkey_manager;
+    main_display->group_widget = nullptr;
+    main_display->group_needed_height = nullptr;
+    main_display->group_has_members = nullptr;
     zorn_set_frame_link(nullptr);
     if (zorn_get_config_listener() == this) zorn_set_config_listener(nullptr);
     if (main_frame == this) main_frame = nullptr;
     delete link_font;
 }
 
-// FIXME: audio starts here (when the system audio switch is on) once the mixer exists.
+// A machine without a sound device switches audio off in the settings and plays on silently.
 void zorn_mw::delayed_initialization() {
     tick_timer.Start(zorn_tick_period_ms);
     ping_timer.Start(zorn_ping_period_ms);
     autosave_timer.Start(zorn_autosave_period_ms);
+    if (LConfig::instance().get_system_audio() && !::start_audio()) {
+        log2("Warning in zorn_mw::delayed_initialization() - unable to open audio path.  Disabling in config.\n");
+        LConfig::instance().SetSystemAudio(0);
+    }
 }
 
 void zorn_mw::OnTimer(wxTimerEvent&) {
@@ -275,7 +306,6 @@ void zorn_mw::OnResize(wxSizeEvent&) {
     Refresh(false);
 }
 
-// FIXME: the other panels are placed here as they join: button rows, group display, automap, channel window.
 void zorn_mw::layout_panels() {
     update_background(false);
     wxSize size = GetClientSize();
@@ -303,7 +333,9 @@ void zorn_mw::layout_panels() {
     s.channel_window_enable = c.get_channel_window_enable();
     s.channel_window_height = c.get_channel_window_height();
     in.logged_in = session_state == session_logged_in;
+    in.group_required_height = group_display->required_height();
     const layout_result placed = compute_layout(in);
+    place_button_sets(placed);
     const layout_rect& bar = placed.status_bar;
     if (bar.placed) status_bar->set_size(bar.x, bar.y, bar.width, bar.height);
     // The status display's own size decides its gauges; the frame only places it.
@@ -323,8 +355,35 @@ void zorn_mw::layout_panels() {
     channel_window->show(ch.shown);
     const layout_rect& a = placed.automap;
     place_automap(a.placed, a.x, a.y, a.width, a.height);
+    const layout_rect& g = placed.group_display;
+    if (g.placed) {
+        group_display->set_size(g.x, g.y, g.width, g.height);
+        group_display->Refresh(false);
+    }
+    // A group kept while the display was off shows again when it is switched on.
+    const bool group_shown = s.group_status_display != 0 && !group_display->members.empty();
+    if (group_display->IsShown() != group_shown) group_display->Show(group_shown);
     // A layout always brings the text back to its end.
     main_display->unlock_scrollback();
+}
+
+void zorn_mw::place_button_sets(const layout_result& placed) {
+    const layout_rect& d = placed.direction_buttons;
+    direction_buttons->show(d.shown);
+    if (d.placed) direction_buttons->set_rect(d.x, d.y, d.width, d.height);
+    const layout_rect& h = placed.hint_buttons;
+    hint_buttons->show(h.shown);
+    if (h.placed) hint_buttons->set_rect(h.x, h.y, h.width, h.height);
+    const layout_rect& f = placed.fkey_row;
+    fkey_manager->show(f.shown);
+    if (f.placed) fkey_manager->set_rect(f.x, f.y, f.width, f.height);
+}
+
+void zorn_mw::reparent_group_display() {
+    const int layout = LConfig::instance().get_current_layout();
+    wxWindow* wanted = layout == 1 || layout == 2 ? static_cast<wxWindow*>(this) : main_display->textctrl;
+    if (group_display->GetParent() != wanted) group_display->Reparent(wanted);
+    group_display->mode = wanted == this ? 1 : 2;
 }
 
 void zorn_mw::update_background(bool force) {
@@ -348,10 +407,13 @@ void zorn_mw::refresh_main_font() {
     Refresh(false);
 }
 
-// FIXME: the button rows and group display take the font here as they join.
 void zorn_mw::refresh_button_font() {
     status_display->force_resize();
     status_bar->force_resize();
+    group_display->change_font();
+    hint_buttons->change_theme();
+    hint_buttons->layout();
+    fkey_manager->change_theme();
     zorn_font* font = zorn_button_font();
     channel_window->change_theme();
     channel_window->layout();
@@ -362,9 +424,11 @@ void zorn_mw::refresh_button_font() {
     Refresh(false);
 }
 
-// FIXME: the button groups are told here as they join.
 void zorn_mw::refresh_themes(bool force) {
     switch_themes();
+    hint_buttons->change_theme();
+    direction_buttons->change_theme();
+    fkey_manager->change_theme();
     popup_manager->change_theme();
     channel_window->change_theme();
     status_display->Refresh(false);
@@ -424,9 +488,9 @@ void zorn_mw::system_shutdown_handler() {
 }
 
 
-// FIXME: audio release joins here.
 void zorn_mw::exit_step() {
     log2("zorn_mw::shutdown - requested exit\n");
+    release_audio();
     popup_manager->destroy_all();
     LConfig::instance().save_system_config_file();
     Destroy();
@@ -441,6 +505,7 @@ void zorn_mw::close_handler(wxCloseEvent& event) {
         verify_program_exit();
         return;
     }
+    release_audio();  // the process ends with the frame: let the device go
     popup_manager->destroy_all();
     LConfig::instance().save_system_config_file();
     Destroy();

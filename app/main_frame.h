@@ -13,6 +13,7 @@
 #include "app/stream_parser.h"
 #include "base/fixed_string.h"
 #include "config/config_listener.h"
+#include "config/known_servers.h"
 #include "input/frame_link.h"
 #include "net/tcp_socket.h"
 #include "panels/popup_manager.h"
@@ -36,10 +37,16 @@ class zorn_save_quit_dialog;
 class zorn_pgm_exit_dialog;
 class zorn_newbie_disconnect_dialog;
 class zorn_disconnect_dialog;
+class zorn_pin_dialog;
 struct zorn_web_link;
 class wxCommandEvent;
 class zorn_status_display;
 class zorn_status_bar;
+class zorn_direction_buttons;
+class zorn_hint_buttons;
+class zorn_fkey_manager;
+class zorn_group_display;
+struct layout_result;
 class zorn_automap_display;
 class zorn_automap_frame;
 
@@ -86,8 +93,10 @@ public:
                long style);
 };
 
-// The icon every zorn_frame takes; none until stored.
+// The icon every zorn_frame takes; none until stored. The bundle form gives the window manager
+// every size at once.
 void zorn_set_frame_icon(const wxIcon& icon);
+void zorn_set_frame_icons(const wxIconBundle& icons);
 
 class zorn_mw : public zorn_frame,
                public zorn_frame_link,
@@ -142,6 +151,16 @@ public:
     bool echo_allowed() const;
     void select_history_list(int list);
 
+    // ---- The game server's identity (server_pin.cpp) ----
+    // After the TLS handshake: true when the connect may go on (the key is the pinned one, or the
+    // first one and now pinned). False holds the connection silent and asks the player.
+    bool check_server_identity(int port);
+    // The player's answers: the new key is pinned and the connect goes on, or the connection ends.
+    void trust_server_identity();
+    void refuse_server_identity();
+    // //fingerprint
+    void print_fingerprint();
+
     // ---- Tags (tags.cpp) ----
     void process_tagged_data(const char* name, const char* payload, int length);
     void send_client_status();
@@ -179,6 +198,9 @@ public:
     void refresh_button_font() override;
     void refresh_themes(bool force);
     void update_background(bool force);
+    // The group display lives in the main frame in layouts 1 and 2 (mode 1), on the text in layout 0
+    // (mode 2).
+    void reparent_group_display();
 
     // Stores at most 1023 bytes of the URL; the next tick opens it.
     void open_url(const char* url);
@@ -254,6 +276,10 @@ public:
     int popup_count;
     zorn_status_display* status_display;
     zorn_status_bar* status_bar;
+    zorn_direction_buttons* direction_buttons;
+    zorn_hint_buttons* hint_buttons;
+    zorn_fkey_manager* fkey_manager;
+    zorn_group_display* group_display;
     zorn_automap_display* automap;
     zorn_automap_frame* automap_frame;
     wxTimer tick_timer;
@@ -273,9 +299,18 @@ public:
     int connection_seen;
     // The last lag sample in milliseconds, -1 before the first.
     int last_ping_ms;
+    // A changed server key waiting for the player's answer: nothing is read or sent meanwhile.
+    struct identity_question {
+        bool pending = false;
+        std::string host;
+        int port = 0;
+        zorn_key_fingerprint seen{};
+    } server_identity;
+    zorn_pin_dialog* pin_dialog = nullptr;  // made at the first question
 
 private:
     void connect_display_hooks();
+    void place_button_sets(const layout_result& placed);
     void create_automap();
     bool automap_tag(const char* name, const char* payload, int length);
     void tag_dirs(const char* payload);
@@ -289,6 +324,8 @@ private:
     void debug_level_command(const char* argument);
     void debug_file_command(const char* argument);
     void print_highlight(const char* text);
+    // The identification line, first of all the client sends, and the history of a connection.
+    void send_identity();
     void tag_login(const char* payload, int length);
     void tag_event(const char* payload);
     void divert_text(const char* name, bool clear);

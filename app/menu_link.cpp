@@ -20,6 +20,7 @@
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
 #include "panels/channel_window.h"
+#include "panels/group_display.h"
 #include "theme/font.h"
 
 namespace {
@@ -82,6 +83,9 @@ void zorn_mw::build_menu_bar() {
 // that no item has leaves the group alone. The palette follows its group.
 void zorn_mw::sync_menu_item(zorn_setting key, int value) {
     if (key == zorn_setting_font_colors_setting) zorn_select_palette(value);
+    // The group display reads its two settings when it paints; a change shows at once.
+    if ((key == zorn_setting_group_status_display || key == zorn_setting_group_status_inverted_bars) && group_display)
+        group_display->Refresh(false);
     wxMenuBar* bar = GetMenuBar();
     if (!bar) return;
     for (int i = 0; i < zorn_menu_row_count; ++i) {

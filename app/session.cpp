@@ -5,14 +5,17 @@
 
 #include <cstdio>
 
+#include "app/dialogs.h"
 #include "app/main_frame.h"
 #include "automap/automap_display.h"
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
+#include "input/button_sets.h"
 #include "input/input_window.h"
 #include "panels/channel_window.h"
+#include "panels/group_display.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 
@@ -31,7 +34,7 @@ void zorn_mw::socket_connect(int port) {
     LConfig& config = LConfig::instance();
     if (port <= 0) port = config.get_game_port();
     socket.enable_ssl();
-    // FIXME: hint_buttons clear_all once the hint buttons exist.
+    hint_buttons->clear_all();
     begin_message();
     print_message("\n");
     print_message("Connecting to server...\n");
@@ -57,6 +60,12 @@ void zorn_mw::socket_connect(int port) {
     log_level(2, "zorn_mw::socket_connect() - socket connect ok.\n");
     parser.set_state(zorn_stream_parser::plain_text);
     outgoing.clear();
+    if (!check_server_identity(port)) return;
+    send_identity();
+}
+
+void zorn_mw::send_identity() {
+    LConfig& config = LConfig::instance();
     zorn_fixed_string identity("_lantern ");
     identity.append(config.get_uuid());
     identity.append(" ");
@@ -66,10 +75,10 @@ void zorn_mw::socket_connect(int port) {
     select_history_list(1);
 }
 
-// FIXME: the panels of later subsystems are reset here as they join: function keys, group display,
-// direction and hint buttons.
 void zorn_mw::socket_disconnect(const char* reason) {
     socket.close();
+    server_identity.pending = false;
+    if (pin_dialog) pin_dialog->Hide();
     parser.set_state(zorn_stream_parser::plain_text);
     outgoing.clear();
     connection_seen = 0;
@@ -77,8 +86,10 @@ void zorn_mw::socket_disconnect(const char* reason) {
     session_state = session_none;
     SetTitle(wxString::FromUTF8(zorn_frame_title));
     update_automap_visibility();
+    fkey_manager->set_all_active(0);
     status_bar->reset();
     status_display->reset();
+    group_display->reset();
 
     main_display->reset_colors();
     for (const char* part : {"\n", "\n", reason, "\n", "\n", "To log in again, type '"}) print_message(part);
@@ -89,6 +100,9 @@ void zorn_mw::socket_disconnect(const char* reason) {
     print_message("\n");
     refresh_text();
 
+    direction_buttons->disable_all();
+    hint_buttons->clear_all();
+    hint_buttons->set_connect_quit();
     automap->reset();
     popup_manager->destroy_all();
     layout_panels();
@@ -100,6 +114,7 @@ void zorn_mw::socket_handler() {
         first_pass_done = 1;
         socket_connect(0);
     }
+    if (server_identity.pending) return;
     const int state = socket.get_state();
     if (!connection_seen) {
         // Reading starts one tick after the connect.

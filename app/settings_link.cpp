@@ -1,10 +1,12 @@
 // What a change of setting does to the window: the frame's side of the settings listener, and
 // its link to the command line's password mode and histories.
 #include "app/main_frame.h"
+#include "audio/audio_stream.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
 #include "input/input_window.h"
+#include "panels/group_display.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 #include "theme/font.h"
@@ -48,9 +50,9 @@ void zorn_mw::relayout_scrollbar() {
     Refresh(false);
 }
 
-// FIXME: reparent_group_display runs after reparent_automap once the group display exists.
 void zorn_mw::switch_layout() {
     reparent_automap();
+    reparent_group_display();
     update_background(false);
     layout_panels();
     Refresh(false);
@@ -80,8 +82,7 @@ void zorn_mw::show_status_display(bool show) {
     layout_and_refresh();
 }
 
-// FIXME: the group display and channel window take these over as they join.
-void zorn_mw::hide_group_display() {}
+void zorn_mw::hide_group_display() { group_display->Show(false); }
 void zorn_mw::set_channel_window_enable(int) { layout_and_refresh(); }
 
 void zorn_mw::apply_fonts(const char* main_description, int main_size, const char* button_description,
@@ -91,6 +92,5 @@ void zorn_mw::apply_fonts(const char* main_description, int main_size, const cha
     apply_description(zorn_status_font(), button_description, button_size + 2);
 }
 
-// FIXME: the mixer's output stream once audio exists; until then there is no sound path.
-bool zorn_mw::start_audio() { return false; }
-void zorn_mw::stop_audio() {}
+bool zorn_mw::start_audio() { return ::start_audio() != 0; }
+void zorn_mw::stop_audio() { ::stop_audio(); }

@@ -1,8 +1,10 @@
 // The tag table: what each out-of-band tag from the server does, the session's life (login and
 // the session events), text diversion, the lag meter and the client status line.
+#include <cstdlib>
 #include <cstring>
 
 #include "app/main_frame.h"
+#include "audio/soundpack.h"
 #include "automap/automap_display.h"
 #include "automap/automap_renderer.h"
 #include "base/threads.h"
@@ -10,7 +12,9 @@
 #include "config/debug_log.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "input/button_sets.h"
 #include "panels/channel_window.h"
+#include "panels/group_display.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 
@@ -21,10 +25,15 @@ void no_handler(const char* name) {
         zorn_client_debug_printf("Warning in zorn_mw::process_tagged_data(), no handler for tag '%s'.\n", name);
 }
 
+// "bf" or "b" and a number above 0; "b0", "bf0" and "bfx" are unknown tags.
+bool numbered_tag(const char* name, const char* prefix) {
+    const size_t length = std::strlen(prefix);
+    return std::strncmp(name, prefix, length) == 0 && std::atoi(name + length) > 0;
+}
+
 }  // namespace
 
-// Rows whose panel has not joined the frame yet log as an unknown tag does; each FIXME names the
-// panel that takes the row over.
+// The numbered button tags come last, so "bclear" never reaches them.
 void zorn_mw::process_tagged_data(const char* name, const char* payload, int length) {
     if (!name) return;
     if (!payload) payload = "";
@@ -64,14 +73,20 @@ void zorn_mw::process_tagged_data(const char* name, const char* payload, int len
         status_bar->update_sky_display(payload);
     } else if (std::strcmp(name, "icons") == 0) {
         status_bar->set_icons(payload);
+    } else if (std::strcmp(name, "group") == 0) {
+        group_display->parse_group_block(payload);
+    } else if (std::strcmp(name, "bclear") == 0) {
+        hint_buttons->clear_all();
     } else if (std::strcmp(name, "config") == 0) {
         config_cmd_process(payload);
     } else if (std::strcmp(name, "sound") == 0) {
-        // FIXME: parse_audio_tag once the soundpack exists; with audio off the tag is ignored.
-        if (LConfig::instance().get_system_audio()) no_handler(name);
+        // With audio off the tag is ignored, and no file is looked for.
+        if (LConfig::instance().get_system_audio()) zorn_soundpack::instance().parse_audio_tag(payload);
+    } else if (numbered_tag(name, "bf")) {
+        fkey_manager->setup_button(name, payload);
+    } else if (numbered_tag(name, "b")) {
+        hint_buttons->setup_button(name, payload);
     } else {
-        // FIXME: group, bclear, and the numbered button tags "bf<n>" and "b<n>" (tested last, so
-        // "bclear" never reaches them) join with their panels.
         no_handler(name);
     }
 }
@@ -86,7 +101,7 @@ void zorn_mw::tag_login(const char* payload, int length) {
     session_state = session_logged_in;
     select_history_list(2);
     update_automap_visibility();
-    // FIXME: the function keys follow the settings here once they exist.
+    fkey_manager->set_all_active(1);
     const LConfig& c = LConfig::instance();
     status_bar->Show(c.get_status_bar() != 0);
     status_bar->sky_bar->Show(c.get_sky_bar() != 0);

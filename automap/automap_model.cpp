@@ -3,11 +3,12 @@
 #include <cstring>
 #include <new>
 
+#include "audio/audio_objects.h"
 #include "base/random.h"
 #include "base/words.h"
 #include "config/debug_log.h"
 
-void (*zorn_automap_wall_bump)() = nullptr;
+void (*zorn_automap_wall_bump)() = zorn_play_wall_bump;
 
 namespace {
 

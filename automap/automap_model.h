@@ -47,7 +47,7 @@ public:
     virtual void mark_repaint() = 0;
 };
 
-// The sound of walking into a wall. Null until the audio objects exist; tests count through it.
+// The sound of walking into a wall: the audio's wall bump; tests count through it instead.
 extern void (*zorn_automap_wall_bump)();
 
 struct automap_pending_map {

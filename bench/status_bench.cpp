@@ -12,6 +12,7 @@
 #include <cstring>
 #include <string>
 
+#include "bench/wx_bench_main.h"
 #include "base/random.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
@@ -19,11 +20,6 @@
 #include "theme/theme.h"
 
 namespace {
-
-class bench_app : public wxApp {
-public:
-    bool OnInit() override { return true; }
-};
 
 struct prompt_state {
     zorn_status_numbers numbers;
@@ -120,20 +116,10 @@ BENCHMARK(BM_repaint_status_bar_and_sky_1280)->Unit(benchmark::kMicrosecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    wxApp::SetInstance(new bench_app);
-    if (!wxEntryStart(argc, argv)) {
-        std::fprintf(stderr, "no X display: run under xvfb-run\n");
-        return 1;
-    }
-    wxTheApp->CallOnInit();
-    create_themes();
-    switch_themes();
-    zorn_load_builtin_images();
-    random_seed(zorn_client_random(), 1);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    wxTheApp->OnExit();
-    wxEntryCleanup();
-    return 0;
+    return run_wx_benchmarks(argc, argv, [] {
+        create_themes();
+        switch_themes();
+        zorn_load_builtin_images();
+        random_seed(zorn_client_random(), 1);
+    });
 }

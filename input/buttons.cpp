@@ -5,11 +5,12 @@
 #include <algorithm>
 #include <cstring>
 
+#include "audio/audio_objects.h"
 #include "input/frame_link.h"
 #include "theme/font.h"
 #include "theme/theme.h"
 
-void (*zorn_button_click_sound)() = nullptr;
+void (*zorn_button_click_sound)() = zorn_play_noise_tick;
 
 namespace {
 

@@ -79,6 +79,6 @@ void zorn_set_frame_link(zorn_frame_link* link);
 // Null while no frame is registered.
 zorn_frame_link* zorn_get_frame_link();
 
-// The click sound of a button. FIXME: a zorn_audio_noise_tick once the audio objects exist;
-// until then a hook that nothing sets.
+// The click sound of a button: a zorn_audio_noise_tick (zorn_play_noise_tick). Tests may point it
+// elsewhere to count clicks.
 extern void (*zorn_button_click_sound)();

@@ -9,6 +9,8 @@
 #include "net/tcp_socket.h"
 
 #include <openssl/err.h>
+#include <openssl/evp.h>
+#include <openssl/x509.h>
 #include <openssl/ssl.h>
 #include <sys/socket.h>
 
@@ -339,6 +341,20 @@ int zorn_tcp_socket::blocking_write(const void* buffer, int length, int timeout_
     if (!buffer || length < 1) return 0;
     const int ready = wait_ready(zorn_select_writable, timeout_ms, &write_error);
     return ready > 0 ? nonblocking_write(buffer, length) : ready;
+}
+
+bool zorn_tcp_socket::peer_key_sha256(unsigned char* digest) const {
+    if (!ssl) return false;
+    X509* cert = SSL_get1_peer_certificate(ssl);
+    if (!cert) return false;
+    unsigned char* der = nullptr;
+    const int length = i2d_X509_PUBKEY(X509_get_X509_PUBKEY(cert), &der);
+    unsigned int digest_length = 0;
+    const bool done = length > 0 && EVP_Digest(der, static_cast<size_t>(length), digest, &digest_length,
+                                               EVP_sha256(), nullptr) == 1 && digest_length == 32;
+    OPENSSL_free(der);
+    X509_free(cert);
+    return done;
 }
 
 void zorn_tcp_socket::close() {

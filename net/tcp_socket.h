@@ -95,6 +95,10 @@ public:
     // No close alert is sent, and the TLS object is kept until the next handshake.
     void close();
 
+    // The SHA-256 of the peer certificate's public key (its DER SubjectPublicKeyInfo), 32 bytes.
+    // False without a TLS session or a peer certificate.
+    bool peer_key_sha256(unsigned char* digest) const;
+
     int get_read_error() const { return read_error; }
     int get_write_error() const { return write_error; }
     bool is_ssl_enabled() const { return ssl_enabled != 0; }

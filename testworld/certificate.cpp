@@ -34,11 +34,29 @@ server_identity::~server_identity() {
 }
 
 bool server_identity::generate() {
-    X509_free(cert);
     EVP_PKEY_free(private_key);
-    cert = nullptr;
+    private_key = EVP_EC_gen("P-256");
+    return private_key && make_certificate();
+}
+
+bool server_identity::generate_with_key_file(const std::string& key_path) {
+    EVP_PKEY_free(private_key);
+    private_key = nullptr;
+    if (FILE* key_file = std::fopen(key_path.c_str(), "r")) {
+        private_key = PEM_read_PrivateKey(key_file, nullptr, nullptr, nullptr);
+        std::fclose(key_file);
+        return private_key && make_certificate();
+    }
     private_key = EVP_EC_gen("P-256");
     if (!private_key) return false;
+    FILE* key_file = std::fopen(key_path.c_str(), "w");
+    if (!key_file) return false;
+    const bool written = PEM_write_PrivateKey(key_file, private_key, nullptr, nullptr, 0, nullptr, nullptr) == 1;
+    return (std::fclose(key_file) == 0) && written && make_certificate();
+}
+
+bool server_identity::make_certificate() {
+    X509_free(cert);
     cert = X509_new();
     if (!cert) return false;
     X509_NAME* name = X509_get_subject_name(cert);

@@ -17,6 +17,9 @@ public:
     server_identity& operator=(const server_identity&) = delete;
 
     bool generate();
+    // The key comes from key_path (PEM) when the file exists, else a new one is made and written
+    // there, so that the server's key survives a restart; the certificate is made anew either way.
+    bool generate_with_key_file(const std::string& key_path);
     bool write_pem_files(const std::string& key_path, const std::string& certificate_path) const;
     // A server context with this identity; the caller frees it. Null on failure.
     SSL_CTX* make_server_context() const;
@@ -25,6 +28,8 @@ public:
     X509* certificate() const { return cert; }
 
 private:
+    bool make_certificate();
+
     EVP_PKEY* private_key = nullptr;
     X509* cert = nullptr;
 };

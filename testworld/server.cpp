@@ -245,9 +245,10 @@ bool prepare_mode(shared_state& shared) {
 }  // namespace
 
 const char* usage_text() {
-    return "usage: lantern-testworld [--port N] [--log FILE] [--script FILE | --flood FILE [--repeat N]] [--once]\n"
+    return "usage: lantern-testworld [--port N] [--log FILE] [--key FILE] [--script FILE | --flood FILE [--repeat N]] [--once]\n"
            "  --port N       listen on 127.0.0.1:N (default 3102; 0 picks a free port)\n"
            "  --log FILE     append every line received from a client to FILE\n"
+           "  --key FILE     keep the TLS key in FILE (PEM; made when missing) so it survives a restart\n"
            "  --script FILE  run the exchange in FILE with each client instead of the world\n"
            "  --flood FILE   send FILE's bytes to each client as fast as it takes them, then close\n"
            "  --repeat N     flood mode: send the file N times (default 1)\n"
@@ -266,6 +267,8 @@ bool parse_options(int argc, char** argv, server_options* options, std::string* 
             if (!parse_number(argv[++i], 0, 65535, &options->port)) *error = "bad port";
         } else if (option == "--repeat" && has_value) {
             if (!parse_number(argv[++i], 1, 1000000000, &options->repeat)) *error = "bad repeat count";
+        } else if (option == "--key" && has_value) {
+            options->key_path = argv[++i];
         } else if (option == "--log" && has_value) {
             options->log_path = argv[++i];
         } else if (option == "--script" && has_value) {
@@ -291,7 +294,8 @@ int run_server(const server_options& options) {
     shared->options = options;
     if (!prepare_mode(*shared) || !install_signal_handlers()) return 1;
     server_identity identity;
-    if (!identity.generate() || !(shared->context = identity.make_server_context())) {
+    const bool made = options.key_path.empty() ? identity.generate() : identity.generate_with_key_file(options.key_path);
+    if (!made || !(shared->context = identity.make_server_context())) {
         std::fprintf(stderr, "lantern-testworld: cannot make the TLS identity\n");
         return 1;
     }

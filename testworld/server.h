@@ -11,6 +11,7 @@ enum class serve_mode { world, script, flood };
 struct server_options {
     int port = 3102;          // 0 picks a free port
     std::string log_path;     // every received line is appended here
+    std::string key_path;     // the TLS key is kept here (made at the first start); empty: a new key
     serve_mode mode = serve_mode::world;
     std::string script_path;  // script mode
     std::string flood_path;   // flood mode

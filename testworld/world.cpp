@@ -138,7 +138,19 @@ const command_row command_table[] = {
     {"wake", nullptr, &session::command_wake},
     {"wield", nullptr, &session::command_wield},
     {"remove", nullptr, &session::command_remove},
+    {"exits", nullptr, &session::command_exits},
+    {"list", nullptr, &session::command_list},
+    {"buy", nullptr, &session::command_buy},
+    {"alias", nullptr, &session::command_alias},
+    {"recruit", nullptr, &session::command_recruit},
+    {"dismiss", nullptr, &session::command_dismiss},
 };
+
+// The client's direction buttons send these words for the diagonals.
+const struct {
+    const char* button_word;
+    const char* word;
+} button_words[] = {{"nwest", "northwest"}, {"neast", "northeast"}, {"swest", "southwest"}, {"seast", "southeast"}};
 
 std::string window_create(const popup_row& row) {
     return tag("window_create", std::string(row.name) + "\n" + row.title + "\n" + row.size + "\n" + row.command +
@@ -352,8 +364,11 @@ void session::handle_command(const std::string& line) {
         return;
     }
     const size_t blank = text.find_first_of(" \t");
-    const std::string word = lower(text.substr(0, blank));
+    std::string word = lower(text.substr(0, blank));
     const std::string arguments = blank == std::string::npos ? "" : trim(text.substr(blank));
+    if (run_alias(word, arguments)) return;
+    for (const auto& button : button_words)
+        if (word == button.button_word) word = button.word;
     for (const direction& way : direction_table) {
         if (word == way.name || word == way.short_name) {
             walk(way);
@@ -374,11 +389,12 @@ void session::command_look(const std::string& /*arguments*/) { describe('@', 0);
 
 void session::describe(char map_direction, char trailer) {
     const int mask = game->exits_mask(*where);
-    output += tag("dirs", "on " + exits_code(mask));
+    output += exits_tag(!asleep);
     output += tag("areaname", zone_names[where->level]);
     const int map_x = where->level == 0 ? where->x + map_village_offset : 0;
     const int map_y = where->level == 0 ? where->y + map_village_offset : 0;
     output += tag("map", map_block(map_x, map_y, where->level, map_direction, trailer));
+    send_hint_buttons();
     send_sky(game_clock::now());
     output += colored(where->name, sgr_white, true) + "\r\n";
     send_text(std::string(where->description) + "\r\n");
@@ -406,9 +422,13 @@ void session::walk(const direction& way) {
     }
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " leaves " + way.name + ".\r\n");
     if (move > 0) move--;
+    // A step, and a door where the way leads in or out of a building.
+    output += tag("sound", "move/step");
+    if (where->sky[0] != target->sky[0]) output += tag("sound", "move/door");
     where = target;
     game->move(session_id, where);
     game->tell_room(where, session_id, "\r\n" + escape_text(name) + " arrives.\r\n");
+    output += single_tag("bclear");
     // Up grows the level picture, down shrinks it; neither slides.
     describe(way.map_direction, way.dz > 0 ? 'A' : way.dz < 0 ? 'B' : 0);
 }
@@ -476,7 +496,8 @@ void session::command_help(const std::string& arguments) {
               "window, popup <name> writes into any window, popups <n> defines n more windows, gossip <text> and "
               "ooc <text> talk on the channels, flash [colours] flashes the text, config [words] switches a panel "
               "(default: automap flash), kill (k) fights the training dummy, time <minute> sets the clock, sleep, "
-              "wake, wield, remove.\r\n");
+              "wake, wield, remove, exits, list and buy (in the Smithy), alias f01 <command> binds a function "
+              "key, recruit brings followers into your group, dismiss sends them away.\r\n");
     prompt();
 }
 
@@ -600,12 +621,15 @@ void session::fight_round() {
     dummy_health -= dummy_blow;
     hp = hp > dummy_damage ? hp - dummy_damage : 1;
     output += "\r\n";
+    hurt_followers();
     if (dummy_health > 0) {
+        output += tag("sound", "combat/blow");
         output += tag("enemyhp", std::to_string(dummy_health) + " " + dummy_name);
         send_text("You hit " + std::string(dummy_name) + ". It creaks and swings back at you.\r\n");
     } else {
         dummy_health = 0;
         experience = std::min(experience + kill_experience, 1000);
+        output += tag("sound", "combat/dummy_falls");
         output += single_tag("ncombat");
         output += tag("xpp", std::to_string(experience) + " " + std::to_string(bonus_experience));
         send_text("The training dummy falls apart! You feel more experienced.\r\n");
@@ -635,6 +659,7 @@ void session::command_sleep(const std::string& /*arguments*/) {
     } else {
         asleep = true;
         send_icons();
+        output += exits_tag(false);
         send_text("You lie down and fall asleep.\r\n");
     }
     prompt();
@@ -646,6 +671,7 @@ void session::command_wake(const std::string& /*arguments*/) {
     } else {
         asleep = false;
         send_icons();
+        output += exits_tag(true);
         send_text("You wake and stand up.\r\n");
     }
     prompt();

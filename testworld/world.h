@@ -12,6 +12,10 @@
 // "Log", added to by appending ("note TEXT"). "gossip" and "ooc" are chat channels, with a bot that
 // answers on both.
 //
+// The hint buttons follow the room ("b1" Look, "b2" Exits, and in the Smithy, a shop, "b5" and
+// "b6"; "bclear" on leaving). "alias f01 COMMAND" binds a function key, answered with "bf1";
+// "recruit" brings followers into the player's group, shown by "group" blocks.
+//
 // Each session keeps a game clock that runs one game minute per real second ("time N" sets it)
 // and a training dummy to fight ("kill"): the fight's rounds and the clock's hours arrive through
 // tick(), which the connection calls whenever it has nothing to read.
@@ -139,6 +143,12 @@ public:
     void command_wake(const std::string& arguments);
     void command_wield(const std::string& arguments);
     void command_remove(const std::string& arguments);
+    void command_exits(const std::string& arguments);
+    void command_list(const std::string& arguments);
+    void command_buy(const std::string& arguments);
+    void command_alias(const std::string& arguments);
+    void command_recruit(const std::string& arguments);
+    void command_dismiss(const std::string& arguments);
     void walk(const direction& way);
     // The room's exits, area and map block, then its description.
     void describe(char map_direction, char trailer);
@@ -167,6 +177,14 @@ private:
     std::string spells_text() const;
     void send_text(const std::string& text);
 
+    // world_buttons.cpp: hints, function keys and the group.
+    void send_hint_buttons();
+    std::string exits_tag(bool on) const;
+    // A line "f01" to "f12" runs its alias; false for any other word.
+    bool run_alias(const std::string& word, const std::string& arguments);
+    void send_group();
+    void hurt_followers();
+
     void send_sky(game_clock::time_point now);
     void send_icons();
     void fight_round();
@@ -190,6 +208,17 @@ private:
     int clock_minute = 600;
     game_clock::time_point clock_start = game_clock::now();
     int hour_sent = -1;
+
+    struct follower {
+        const char* name;
+        char marker;  // '.' a compact row, '-' one behind the divider
+        int hp, max_hp, mana, max_mana, move, max_move;
+    };
+    std::vector<follower> followers;
+    static constexpr int alias_keys = 12;
+    std::string aliases[alias_keys];
+    bool running_alias = false;
+    bool has_lamp = false;
 };
 
 }  // namespace testworld

@@ -15,6 +15,7 @@
 #include "display/ansi_display.h"
 #include "input/input_window.h"
 #include "panels/channel_window.h"
+#include "tests/app/offline_frame.h"
 #include "tests/panels/panel_support.h"
 #include "tests/support/log_capture.h"
 #include "theme/builtin_images.h"
@@ -22,47 +23,12 @@
 
 namespace {
 
-class Panels : public ::testing::Test {
+class Panels : public offline_frame_test {
 protected:
-    void SetUp() override {
-        create_themes();
-        zorn_load_builtin_images();
-        switch_themes();
-        char pattern[] = "/tmp/lantern-panels-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
-        LConfig& config = LConfig::instance();
-        config.set_directory(dir.c_str());
-        config.set_server_host("127.0.0.1:1");
-        if (!config.current()) config.setup_default_config(nullptr);
-        config.use_default_preferences();
-        frame = new zorn_mw(nullptr, wxID_ANY, "Ember Vale", wxPoint(0, 0), wxSize(zorn_frame_width, zorn_frame_height),
-                            wxDEFAULT_FRAME_STYLE);
-        frame->first_pass_done = 1;  // offline: the tests are the server
-        frame->Show();
-        server(";slogin;Tester;elogin;");
-    }
-    void TearDown() override {
-        frame->Destroy();
-        pump_for(50);
-        std::system(("rm -rf '" + dir + "'").c_str());
-    }
-    void server(const std::string& bytes) {
-        frame->begin_block();
-        frame->process_socket_data(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<int>(bytes.size()));
-        frame->end_block();
-    }
     static std::string text_of(zorn_ansi_display* display) { return display->textctrl->model.raw_text(); }
     std::string main_text() const { return text_of(frame->main_display); }
     zorn_channel_window& channels() const { return *frame->channel_window; }
     zorn_channel_record* channel(const char* name) const { return channels().find_channel(name); }
-    void click(wxWindow* window) {
-        const wxRect r = window->GetScreenRect();
-        keys.MouseMove(r.x + r.width / 2, r.y + r.height / 2);
-        pump_for(20);
-        keys.MouseClick();
-        pump_for(30);
-    }
     void press_in_editor(int key, int modifiers) {
         zorn_line_edit& editor = frame->input_window->line_edit;
         editor.SetFocus();
@@ -82,10 +48,6 @@ protected:
         return ";swindow_create;" + name + "\n" + name + " title\n" + size + "\n" + command + "\n" + flags +
                "\n;ewindow_create;";
     }
-
-    wxUIActionSimulator keys;
-    zorn_mw* frame = nullptr;
-    std::string dir;
 };
 
 }  // namespace

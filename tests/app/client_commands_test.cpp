@@ -21,7 +21,9 @@ TEST(ClientCommands, AbbreviationsPickTheFirstMatchingRow) {
         {"//h", client_command::help},          {"//his", client_command::history},
         {"//icons x", client_command::icons},   {"//icon", client_command::none},
         {"look", client_command::none},         {"", client_command::none},
-        {"//commandsX", client_command::none},
+        {"//commandsX", client_command::none},  {"//fingerprint", client_command::fingerprint},
+        {"//fing", client_command::fingerprint}, {"//fin", client_command::none},
+        {"//FINGERPRINT x", client_command::fingerprint},
     };
     for (const row& r : rows) EXPECT_EQ(match_client_command(r.line, true).command, r.expected) << r.line;
 }

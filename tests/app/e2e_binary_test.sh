@@ -11,44 +11,19 @@ set -u
 lantern=$1 testworld=$2 close_tool=$3
 
 tmp=$(mktemp -d /tmp/lantern-e2e-XXXXXX)
-XVFB_PID="" APP_PID="" WORLD_PID=""
-cleanup() {
-    { [ -n "$APP_PID" ] && kill -9 "$APP_PID" && wait "$APP_PID"; } 2>/dev/null
-    { [ -n "$WORLD_PID" ] && kill "$WORLD_PID" && wait "$WORLD_PID"; } 2>/dev/null
-    { [ -n "$XVFB_PID" ] && kill "$XVFB_PID" && wait "$XVFB_PID"; } 2>/dev/null
-    rm -rf "$tmp"
-}
-trap cleanup EXIT
-
-fail() {
-    echo "FAIL: $*"
-    for f in app.log world.err received.log; do
-        [ -s "$tmp/$f" ] && tail -20 "$tmp/$f" | sed "s/^/  $f: /"
-    done
-    exit 1
-}
-
-received() { grep -qxF -- "$1" "$tmp/received.log" 2>/dev/null; }
+TEST_DIR=$tmp XVFB_PID="" APP_PID="" WORLD_PID=""
+trap 'end_test_processes; rm -rf "$tmp"' EXIT
+fail() { fail_with_logs "$tmp" "$@"; }
+received() { world_received "$1"; }
 title_is() { [ "$(xdotool getwindowname "$WID" 2>/dev/null)" = "$1" ]; }
 type_line() {
     xdotool type --delay 15 -- "$1"
     xdotool key Return
 }
 
-Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$tmp/display" >"$tmp/xvfb.log" 2>&1 &
-XVFB_PID=$!
-wait_for 100 test -s "$tmp/display" || fail "Xvfb did not start: $(cat "$tmp/xvfb.log")"
-export DISPLAY=":$(cat "$tmp/display")" NO_AT_BRIDGE=1 GDK_BACKEND=x11 LANTERN_ASSERT_ABORT=1
-
-"$testworld" --port 0 --log "$tmp/received.log" >"$tmp/world.out" 2>"$tmp/world.err" &
-WORLD_PID=$!
-wait_for 100 grep -q '^listening on ' "$tmp/world.out" || fail "the test world did not start"
-port=$(sed -n 's/^listening on //p' "$tmp/world.out")
-
-mkdir -p "$tmp/home/.config/EmberVale"
-printf '%s\n' '<?xml version="1.0" encoding="ISO-8859-1"?>' '<system_config_list>' \
-    '  <server_host>127.0.0.1</server_host>' "  <server_port>$port</server_port>" '</system_config_list>' '' \
-    >"$tmp/home/.config/EmberVale/ember_vale.cfg"
+start_private_xvfb "$tmp" || fail "Xvfb did not start: $(cat "$tmp/xvfb.log")"
+export NO_AT_BRIDGE=1 GDK_BACKEND=x11 LANTERN_ASSERT_ABORT=1
+start_test_world "$testworld" "$tmp" "$tmp/home" || fail "the test world did not start"
 
 HOME=$tmp/home "$lantern" >"$tmp/app.log" 2>&1 &
 APP_PID=$!

@@ -17,11 +17,13 @@
 #include "automap/automap_renderer.h"
 #include "config/lconfig.h"
 #include "display/ansi_display.h"
+#include "input/button_sets.h"
 #include "input/input_window.h"
 #include <wx/menu.h>
 #include <wx/uiaction.h>
 
 #include "panels/channel_window.h"
+#include "panels/group_display.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
 #include "tests/app/e2e_support.h"
@@ -324,6 +326,99 @@ TEST_F(EndToEnd, ChannelChatFromTheWorldLandsInTabs) {
     EXPECT_EQ(channels.find_channel("ooc")->button->button_state, zorn_button_down);
     EXPECT_TRUE(channels.find_channel("(all)")->button->IsShown());
     LConfig::instance().set_channel_window_enable(0);
+}
+
+// Walking lights the exits, the Smithy shows its hints, a function key runs the player's alias
+// without echo, followers show in the group display; every click goes through the X server.
+TEST_F(EndToEnd, ButtonsAndTheGroupFollowTheWorld) {
+    LConfig::instance().set_local_echo(1);
+    log_in("Walker");
+    LConfig& c = LConfig::instance();
+    c.set_direction_button_enable(1);
+    c.set_hint_button_enable(1);
+    c.set_fkey_button_display(1);
+    c.set_group_status_display(1);
+    c.set_current_layout(1);
+    zorn_command_button* const* dirs = frame->direction_buttons->buttons;
+    zorn_command_button* const* hints = frame->hint_buttons->buttons;
+    const auto lit = [&] {
+        std::string out;
+        for (int i = 0; i < direction_button_count; ++i)
+            if (dirs[i]->lit) out += std::string(dirs[i]->get_label()) + " ";
+        return out;
+    };
+    wxUIActionSimulator mouse;
+    const auto click = [&](wxWindow* window) {
+        const wxRect r = window->GetScreenRect();
+        mouse.MouseMove(r.x + r.width / 2, r.y + r.height / 2);
+        pump_for(20);
+        mouse.MouseClick();
+        pump_for(20);
+        mouse.MouseMove(r.x - 150, r.y + 300);
+        pump_for(20);
+    };
+    ASSERT_TRUE(pump_until([&] { return lit() == "NW N NE W Out E SW S SE "; }, 5000)) << lit();
+    EXPECT_EQ(dirs[1]->button_state, zorn_button_up);
+    EXPECT_TRUE(hints[0]->IsShown());
+    EXPECT_STREQ(hints[1]->get_label(), "Exits");
+
+    ASSERT_TRUE(e2e::type_line(frame, "west"));
+    ASSERT_TRUE(pump_until([&] { return hints[5]->IsShown(); }, 5000)) << "the Smithy is a shop";
+    EXPECT_EQ(lit(), "N NE Out E S SE ");
+    EXPECT_STREQ(hints[4]->get_label(), "Wares");
+    EXPECT_EQ(hints[4]->GetPosition().y, hints[0]->GetPosition().y + 82) << "a gap before the shop's group";
+    click(hints[4]);
+    EXPECT_TRUE(server_got("list"));
+    EXPECT_TRUE(shown("The smith sells"));
+    click(dirs[5]);  // E
+    EXPECT_TRUE(server_got("east"));
+    ASSERT_TRUE(pump_until([&] { return !hints[4]->IsShown(); }, 5000)) << "bclear on leaving the shop";
+    EXPECT_EQ(lit(), "NW N NE W Out E SW S SE ");
+
+    // Asleep the block is off: a click on N sends nothing and gives the keyboard back.
+    ASSERT_TRUE(e2e::type_line(frame, "sleep"));
+    ASSERT_TRUE(pump_until([&] { return dirs[1]->button_state == zorn_button_disabled; }, 5000));
+    const size_t before = received().size();
+    click(dirs[1]);
+    pump_for(100);
+    EXPECT_EQ(received().size(), before);
+    EXPECT_EQ(wxWindow::FindFocus(), &frame->input_window->line_edit);
+    ASSERT_TRUE(e2e::type_line(frame, "wake"));
+    ASSERT_TRUE(pump_until([&] { return dirs[1]->button_state == zorn_button_up; }, 5000));
+    click(dirs[1]);
+    EXPECT_TRUE(server_got("north"));
+    EXPECT_TRUE(shown("North Road"));
+    EXPECT_EQ(wxWindow::FindFocus(), &frame->input_window->line_edit);
+
+    // A function key: the world binds it, the button shows it, a click runs it unechoed.
+    zorn_fkey_button* f3 = frame->fkey_manager->buttons[2];
+    ASSERT_TRUE(e2e::type_line(frame, "alias f03 look"));
+    ASSERT_TRUE(pump_until([&] { return std::string(f3->label) == "look"; }, 5000));
+    EXPECT_TRUE(f3->IsShown());
+    EXPECT_EQ(f3->active, 1);
+    click(f3);
+    EXPECT_TRUE(server_got("f03"));
+    EXPECT_TRUE(shown("North Road", 2));
+    EXPECT_EQ(e2e::shown_text(frame).find(">f03<"), std::string::npos) << "a function key echoes nothing";
+    EXPECT_NE(e2e::shown_text(frame).find(">alias f03 look<"), std::string::npos);
+
+    // Followers: the group display shows them, and each fight round updates it.
+    zorn_group_display& group = *frame->group_display;
+    ASSERT_TRUE(e2e::type_line(frame, "recruit"));
+    ASSERT_TRUE(e2e::type_line(frame, "recruit"));
+    ASSERT_TRUE(e2e::type_line(frame, "recruit"));
+    ASSERT_TRUE(pump_until([&] { return group.members.size() == 4; }, 5000));
+    EXPECT_TRUE(group.IsShown());
+    EXPECT_EQ(group.members[0].name, "Walker");
+    EXPECT_EQ(group.members[3].name, "Pip");
+    EXPECT_EQ(group.members[3].row_kind, group_row_divided);
+    EXPECT_EQ(group.GetSize().GetHeight(), group.required_height());
+    ASSERT_TRUE(e2e::type_line(frame, "kill"));
+    ASSERT_TRUE(pump_until([&] { return group.members.size() == 4 && group.members[1].hp < 90; }, 5000));
+    ASSERT_TRUE(e2e::type_line(frame, "dismiss"));
+    EXPECT_TRUE(pump_until([&] { return !group.IsShown() && group.members.empty(); }, 5000));
+    c.set_fkey_button_display(0);
+    c.set_direction_button_enable(0);
 }
 
 // The exit dialogs against the world: the exact bytes each answer sends.

@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -287,3 +288,50 @@ TEST(TcpSocket, ConnectTimesOutOnAFullBacklog) {
 }
 
 }  // namespace
+
+namespace {
+
+// The key digest of the world on a key file, as the client computes it after a handshake.
+std::string world_key_digest(const std::string& key_path, const net_test::temp_dir& dir) {
+    net_test::testworld_process world;
+    if (!world.start({"--key", key_path, "--once"}, dir.file("world.err"))) return "no world";
+    line_client client;
+    if (!client.connect(world.port())) return "no connect";
+    unsigned char digest[32];
+    if (!client.socket.peer_key_sha256(digest)) return "no digest";
+    std::string hex;
+    for (unsigned char byte : digest) {
+        char pair[3];
+        std::snprintf(pair, sizeof pair, "%02x", byte);
+        hex += pair;
+    }
+    return hex;
+}
+
+}  // namespace
+
+// The digest is of the certificate's public key: it survives the new certificate a restart makes,
+// changes with the key, and equals what the openssl command gives for the key file.
+TEST(TcpSocket, PeerKeyDigestFollowsTheKeyNotTheCertificate) {
+    net_test::temp_dir dir;
+    const std::string first = world_key_digest(dir.file("key.pem"), dir);
+    ASSERT_EQ(first.size(), 64u) << first;
+    EXPECT_EQ(world_key_digest(dir.file("key.pem"), dir), first);
+    const std::string other = world_key_digest(dir.file("other.pem"), dir);
+    ASSERT_EQ(other.size(), 64u) << other;
+    EXPECT_NE(other, first);
+
+    const std::string openssl = LANTERN_OPENSSL_PATH;
+    if (openssl.empty()) GTEST_SKIP() << "no openssl command to compare with";
+    net_test::child_process digest;
+    ASSERT_TRUE(digest.start({"/bin/sh", "-c",
+                              "'" + openssl + "' pkey -in '" + dir.file("key.pem") + "' -pubout -outform DER | '" +
+                                  openssl + "' dgst -sha256 -r"}));
+    std::string line;
+    ASSERT_TRUE(digest.read_line(&line, 10000));
+    EXPECT_EQ(line.substr(0, 64), first);
+
+    zorn_tcp_socket never_connected;
+    unsigned char unused[32];
+    EXPECT_FALSE(never_connected.peer_key_sha256(unused));
+}

@@ -15,21 +15,14 @@
 
 #include "base/rgb.h"
 #include "tests/support/gui_main.h"
+#include "tests/support/screen.h"
 
 inline zorn_rgb image_pixel(const wxImage& image, int x, int y) {
     return zorn_rgb(image.GetRed(x, y), image.GetGreen(x, y), image.GetBlue(x, y));
 }
 
 // What the window shows, read back from the screen.
-inline wxImage screen_image(wxWindow* window) {
-    const wxSize size = window->GetClientSize();
-    wxBitmap shot(size.GetWidth(), size.GetHeight(), 24);
-    wxMemoryDC memory(shot);
-    wxClientDC screen(window);
-    memory.Blit(0, 0, size.GetWidth(), size.GetHeight(), &screen, 0, 0);
-    memory.SelectObject(wxNullBitmap);
-    return shot.ConvertToImage();
-}
+inline wxImage screen_image(wxWindow* window) { return screen_of(window); }
 
 // Runs the event loop until the counter passes `before`, then lets the screen settle.
 inline bool wait_for_paint(const int& counter, int before) {

@@ -39,6 +39,17 @@ struct player {
     session link;
 };
 
+// Time passes round by round until the fight ends (at most 8 rounds); what the rounds sent.
+std::string fight_to_the_end(player& p, game_clock::time_point* now) {
+    std::string rounds;
+    for (int round = 0; round < 8 && p.link.fighting(); ++round) {
+        *now += session::round_interval;
+        p.link.tick(*now);
+        rounds += p.link.take_output();
+    }
+    return rounds;
+}
+
 TEST(TestworldSession, NamesAreTwoToFifteenLetters) {
     world game;
     const struct {
@@ -123,6 +134,13 @@ TEST(TestworldSession, WalkingTheGrid) {
         EXPECT_TRUE(contains(reply, row.room_or_message));
         EXPECT_TRUE(contains(reply, row.tags));
     }
+    // Steps sound; leaving the square for the smithy, a building, passes a door.
+    EXPECT_FALSE(contains(p.line("l"), ";ssound;"));
+    EXPECT_FALSE(contains(p.line("w"), ";ssound;")) << "no way west: no step";
+    EXPECT_TRUE(contains(p.line("e"), ";ssound;move/step;esound;"));
+    p.line("n");
+    const std::string door = p.line("w");
+    EXPECT_TRUE(contains(door, ";ssound;move/step;esound;;ssound;move/door;esound;")) << door;
     EXPECT_EQ(exits_code(0), "AA");
     EXPECT_EQ(exits_code(1023), "``") << "31 above 'A' in both letters";
 }
@@ -312,21 +330,86 @@ TEST(TestworldSession, TheTrainingDummyFightsUntilItFalls) {
     EXPECT_TRUE(contains(reply, ";tcombat;;senemyhp;100 the training dummy;eenemyhp;")) << reply;
     EXPECT_TRUE(contains(p.line("kill"), "already fighting"));
     game_clock::time_point now = game_clock::now();
-    std::string rounds;
-    for (int round = 0; round < 8 && p.link.fighting(); ++round) {
-        now += session::round_interval;
-        p.link.tick(now);
-        rounds += p.link.take_output();
-    }
+    const std::string rounds = fight_to_the_end(p, &now);
     EXPECT_FALSE(p.link.fighting());
     for (const char* step : {"80", "60", "40", "20"})
         EXPECT_TRUE(contains(rounds, std::string(";senemyhp;") + step + " the training dummy;eenemyhp;")) << step;
     EXPECT_TRUE(contains(rounds, ";tncombat;;sxpp;450 120;expp;"));
+    size_t blows = 0;
+    for (size_t at = rounds.find(";ssound;combat/blow;esound;"); at != std::string::npos;
+         at = rounds.find(";ssound;combat/blow;esound;", at + 1))
+        blows++;
+    EXPECT_EQ(blows, 4u);
+    EXPECT_TRUE(contains(rounds, ";ssound;combat/dummy_falls;esound;;tncombat;"));
     EXPECT_TRUE(contains(rounds, ";shp;132 150 "));
     EXPECT_TRUE(contains(rounds, "The training dummy falls apart!"));
     now += std::chrono::seconds(5);
     p.link.tick(now);
     EXPECT_FALSE(contains(p.link.take_output(), "enemyhp"));
+}
+
+TEST(TestworldSession, HintButtonsFollowTheRoomAndSleepSwitchesTheDirections) {
+    world game;
+    player p(&game, 1);
+    const std::string login = p.log_in("Anna");
+    EXPECT_TRUE(contains(login, ";sb1;Look\nlook;eb1;;sb2;Exits\nexits;eb2;"));
+    EXPECT_FALSE(contains(login, ";sb5;"));
+    // Into the Smithy, a shop: the column is cleared first, then the shop's hints follow the others.
+    const std::string shop = p.line("west");
+    EXPECT_TRUE(contains(shop, ";tbclear;;sdirs;on A`;edirs;")) << shop;
+    EXPECT_TRUE(contains(shop, ";sb1;Look\nlook;eb1;;sb2;Exits\nexits;eb2;;sb5;Wares\nlist;eb5;;sb6;Buy a lamp\nbuy lamp;eb6;"))
+        << shop;
+    EXPECT_TRUE(contains(p.line("list"), "brass lamp"));
+    EXPECT_TRUE(contains(p.line("buy lamp"), "You buy a brass lamp."));
+    EXPECT_TRUE(contains(p.line("exits"), "Obvious exits: north, east, south, northeast, southeast."));
+    const std::string out = p.line("e");
+    EXPECT_TRUE(contains(out, ";tbclear;"));
+    EXPECT_FALSE(contains(out, ";sb5;"));
+    EXPECT_TRUE(contains(p.line("buy lamp"), "There is no shop here."));
+    // Asleep the buttons are off, with the exits still told.
+    EXPECT_TRUE(contains(p.line("sleep"), ";sdirs;off H`;edirs;"));
+    EXPECT_TRUE(contains(p.line("look"), ";sdirs;off H`;edirs;"));
+    EXPECT_TRUE(contains(p.line("wake"), ";sdirs;on H`;edirs;"));
+    // The diagonal buttons' words are taken as the diagonals.
+    EXPECT_TRUE(contains(p.line("nwest"), "Old Watchtower"));
+}
+
+TEST(TestworldSession, AliasesBindFunctionKeys) {
+    world game;
+    player p(&game, 1);
+    p.log_in("Anna");
+    EXPECT_TRUE(contains(p.line("alias f03 look"), ";sbf3;look;ebf3;"));
+    EXPECT_TRUE(contains(p.line("f03"), "Village Square"));
+    EXPECT_TRUE(contains(p.line("f04"), "Alias f04 is not defined."));
+    EXPECT_TRUE(contains(p.line("alias f12 say hi; there"), ";sbf12;say hi, there;ebf12;")) << "no semicolon in tag data";
+    EXPECT_TRUE(contains(p.line("alias f01 f01"), ";sbf1;f01;ebf1;"));
+    EXPECT_TRUE(contains(p.line("f01"), "Huh?")) << "an alias runs no alias";
+    EXPECT_TRUE(contains(p.line("alias f03"), ";sbf3;;ebf3;"));
+    for (const char* bad : {"alias", "alias f13 look", "alias f1 look", "alias g01 look", "alias f0x look"})
+        EXPECT_TRUE(contains(p.line(bad), "Aliases are f01 to f12")) << bad;
+}
+
+TEST(TestworldSession, FollowersJoinTheGroupAndFight) {
+    world game;
+    player p(&game, 1);
+    p.log_in("Anna");
+    EXPECT_TRUE(contains(p.line("recruit"), ";sgroup;142 150 87 120 110 110 Anna\n90 90 30 60 80 80 . Ana\n;egroup;"));
+    p.line("recruit");
+    const std::string third = p.line("recruit");
+    EXPECT_TRUE(contains(third, "130 130 0 0 100 100 . Borin\n30 30 0 0 60 60 - Pip\n;egroup;")) << third;
+    EXPECT_TRUE(contains(p.line("recruit"), "Nobody else wants to join you."));
+    p.line("kill");
+    game_clock::time_point now = game_clock::now();
+    const std::string rounds = fight_to_the_end(p, &now);
+    // Five rounds, each with a block: the followers lose 3, 5 and 2 points a round.
+    size_t blocks = 0;
+    for (size_t at = rounds.find(";sgroup;"); at != std::string::npos; at = rounds.find(";sgroup;", at + 1)) blocks++;
+    EXPECT_EQ(blocks, 5u);
+    EXPECT_TRUE(contains(rounds, ";sgroup;132 150 87 120 110 110 Anna\n75 90 30 60 80 80 . Ana\n105 130 0 0 100 100 . "
+                                 "Borin\n20 30 0 0 60 60 - Pip\n;egroup;"))
+        << rounds;
+    EXPECT_TRUE(contains(p.line("dismiss"), ";sgroup;;egroup;"));
+    EXPECT_TRUE(contains(p.line("dismiss"), "You have no followers."));
 }
 
 }  // namespace

@@ -1,7 +1,11 @@
 # Writes OUTPUT: a C++ file holding each of FILES (separated by "|", in order) as a byte array,
-# and the tables zorn_builtin_png_data / zorn_builtin_png_size. Run as cmake -P at build time.
+# and the tables NAME_data / NAME_size and the count NAME_count (NAME is zorn_builtin_png unless
+# given). Run as cmake -P at build time.
 string(REPLACE "|" ";" FILES "${FILES}")
-set(body "// Generated from theme/images at build time; do not edit.\n#include <cstddef>\n\n")
+if(NOT NAME)
+  set(NAME zorn_builtin_png)
+endif()
+set(body "// Generated at build time; do not edit.\n#include <cstddef>\n\n")
 set(pointers "")
 set(sizes "")
 set(index 0)
@@ -15,8 +19,9 @@ foreach(file IN LISTS FILES)
   string(APPEND sizes "    ${byte_count},\n")
   math(EXPR index "${index} + 1")
 endforeach()
-string(APPEND body "\nextern const unsigned char* const zorn_builtin_png_data[${index}] = {\n${pointers}};\n")
-string(APPEND body "extern const std::size_t zorn_builtin_png_size[${index}] = {\n${sizes}};\n")
+string(APPEND body "\nextern const unsigned char* const ${NAME}_data[${index}] = {\n${pointers}};\n")
+string(APPEND body "extern const std::size_t ${NAME}_size[${index}] = {\n${sizes}};\n")
+string(APPEND body "extern const int ${NAME}_count = ${index};\n")
 file(WRITE "${OUTPUT}.tmp" "${body}")
 file(COPY_FILE "${OUTPUT}.tmp" "${OUTPUT}" ONLY_IF_DIFFERENT)
 file(REMOVE "${OUTPUT}.tmp")
