@@ -16,16 +16,11 @@
 #include <cstdio>
 #include <cstring>
 
+#include "testworld/wire.h"
+
 namespace testworld {
 
 namespace {
-
-int hex_value(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
 
 std::string percent_decode(const std::string& text) {
     std::string out;
