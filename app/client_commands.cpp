@@ -190,6 +190,7 @@ const char* const keyboard_list_lines[] = {
     "\nPgUp/PgDn         - lock and scroll the screen (any other key to unlock)",
     "\nEscape            - erase current line",
     "\nControl C         - (break) erase current line and stop all aliases",
+    "\nControl F         - find text in the scrollback",
     "\nControl \\         - (abort) erase current line and stop all aliases",
     "\nControl K         - erase/kill current line",
     "\nControl M         - toggle automap window",

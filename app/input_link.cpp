@@ -3,6 +3,7 @@
 #include "app/clipboard.h"
 #include "app/main_frame.h"
 #include "display/ansi_display.h"
+#include "display/find_strip.h"
 #include "input/input_window.h"
 
 bool zorn_mw::main_is_following() { return main_display->is_following(); }
@@ -11,6 +12,14 @@ void zorn_mw::main_scroll_up(int lines) { main_display->scroll_up(lines); }
 void zorn_mw::main_scroll_down(int lines) { main_display->scroll_down(lines); }
 void zorn_mw::main_page_up() { main_display->page_up(); }
 void zorn_mw::main_page_down() { main_display->page_down(); }
+void zorn_mw::open_main_find() {
+    if (main_display->find_strip) main_display->find_strip->open();
+}
+
+bool zorn_mw::function_key(const wxKeyEvent& event) {
+    return session_state == session_logged_in && input_window->line_edit.fkey_pressed(event);
+}
+
 bool zorn_mw::main_has_selection() { return main_display->textctrl->has_selection(); }
 
 void zorn_mw::main_clear_selection() {

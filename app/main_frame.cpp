@@ -98,6 +98,7 @@ wxBEGIN_EVENT_TABLE(zorn_mw, zorn_frame)
                    zorn_mw::popup_menu_handler)
     EVT_MENU(zorn_popup_menu_reset_id, zorn_mw::reset_positions_handler)
     EVT_MENU_RANGE(1, zorn_menu_last_fixed_id, zorn_mw::menu_handler)
+    EVT_MENU_RANGE(zorn_menu_find_text, zorn_menu_split_view, zorn_mw::menu_handler)
 wxEND_EVENT_TABLE()
 
 // Panels and dialogs of later subsystems join in the places their steps name.

@@ -120,6 +120,8 @@ public:
     void main_page_down() override;
     bool main_has_selection() override;
     void main_clear_selection() override;
+    void open_main_find() override;
+    bool function_key(const wxKeyEvent& event) override;
     int current_session_state() override { return session_state; }
     bool channel_is_following() override;
     void unlock_channel_scrollback() override;

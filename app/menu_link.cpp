@@ -83,6 +83,7 @@ void zorn_mw::build_menu_bar() {
 // that no item has leaves the group alone. The palette follows its group.
 void zorn_mw::sync_menu_item(zorn_setting key, int value) {
     if (key == zorn_setting_font_colors_setting) zorn_select_palette(value);
+    if (key == zorn_setting_split_view && main_display) main_display->textctrl->Refresh(false);
     // The group display reads its two settings when it paints; a change shows at once.
     if ((key == zorn_setting_group_status_display || key == zorn_setting_group_status_inverted_bars) && group_display)
         group_display->Refresh(false);
@@ -138,6 +139,7 @@ void zorn_mw::menu_handler(wxCommandEvent& event) {
             refresh_text();
             return;
         case zorn_menu_save_logfile: save_logfile_dialog(); return;
+        case zorn_menu_find_text: open_main_find(); return;
         case zorn_menu_clear_scrollback:
             main_display->clear_display();
             channel_window->clear_all_channels();

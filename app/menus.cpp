@@ -27,6 +27,7 @@ const zorn_menu_row zorn_menu_rows[] = {
     {file, nullptr, "&Save Logfile", 3, N, none, 0},
     {file, nullptr, nullptr, 0, S, none, 0},
     {file, nullptr, "C&lear Scrollback", 6, N, none, 0},
+    {file, nullptr, "&Find...", 120, N, none, 0},
     {file, nullptr, nullptr, 0, S, none, 0},
     {file, nullptr, "Save and &Quit", 4, N, none, 0},
 
@@ -60,6 +61,7 @@ const zorn_menu_row zorn_menu_rows[] = {
     {prefs, nullptr, nullptr, 0, S, none, 0},
     {prefs, nullptr, "Main Scrollbar", 30, C, zorn_setting_mw_scrollbar_enable, 0},
     {prefs, nullptr, "Locking Scrollback", 31, C, zorn_setting_locking_scrollback_enable, 0},
+    {prefs, nullptr, "Split View", 121, C, zorn_setting_split_view, 0},
     {prefs, nullptr, "Enable URL Linking", 32, C, zorn_setting_url_hotlinking, 0},
     {prefs, nullptr, nullptr, 0, S, none, 0},
     {prefs, nullptr, "Enable Sounds", 34, C, none, 0},

@@ -31,6 +31,8 @@ enum : int {
     zorn_menu_more_commands = 78,
     zorn_menu_about = 93,
     zorn_menu_last_fixed_id = 93,
+    zorn_menu_find_text = 120,
+    zorn_menu_split_view = 121,
 };
 
 enum class zorn_menu_kind : char { normal = 'N', check = 'C', radio = 'R', separator = '-' };

@@ -11,6 +11,7 @@
 
 #include "bench/corpus.h"
 #include "display/ansi_model.h"
+#include "display/text_search.h"
 
 namespace {
 
@@ -106,6 +107,33 @@ void BM_rewrap_100k_lines(benchmark::State& state) {
     state.counters["text_MB"] = static_cast<double>(display.text.raw_text().size()) / 1e6;
 }
 BENCHMARK(BM_rewrap_100k_lines)->Unit(benchmark::kMillisecond);
+
+// The find strip's work over 100,000 display lines: a new query scans the whole stream, the newest
+// hit is mapped to its display lines and the view locked there. Queries: two words that the text
+// holds some 6,000 times each ("with", "dragon"), and one that never occurs.
+void BM_search_and_jump_100k_lines(benchmark::State& state) {
+    static const char* const queries[] = {"with", "dragon", "no such words"};
+    main_display display;
+    const std::string& text = corpus();
+    for (size_t at = 0; at < text.size() && display.text.line_count() < 100000; at += read_block)
+        display.ansi.add_ansi_text(text.data() + at, static_cast<int>(std::min(read_block, text.size() - at)));
+    zorn_text_search search;
+    for (auto _ : state) {
+        search.set_query(queries[state.range(0)]);
+        search.update(display.text);
+        search.select_newest();
+        search.step_older();
+        if (search.current() >= 0) {
+            const zorn_text_search::place at = search.place_of(display.text, static_cast<size_t>(search.current()));
+            display.ansi.lock_at_lines(at.first_line, at.last_line);
+        }
+        benchmark::DoNotOptimize(display.text.scroll_line);
+    }
+    state.counters["lines"] = display.text.line_count();
+    state.counters["text_MB"] = static_cast<double>(display.text.stream_size()) / 1e6;
+    state.counters["hits"] = static_cast<double>(search.count());
+}
+BENCHMARK(BM_search_and_jump_100k_lines)->DenseRange(0, 2)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

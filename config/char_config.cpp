@@ -88,6 +88,8 @@ const zorn_setting_info setting_table[] = {
      0, 1, 0, false, dirty, "D&uplicate Channel Sends in Main Window"},
     {zorn_setting_colorflash_enable, "colorflash_enable", &char_config::colorflash_enable, 1, check::lowest_bit, 0, 1,
      0, false, menu | dirty, "Show &Color Flash Events"},
+    {zorn_setting_split_view, "split_view", &char_config::split_view, 1, check::lowest_bit, 0, 1, 0, false, menu,
+     "Split View"},
 };
 static_assert(sizeof setting_table / sizeof setting_table[0] == zorn_setting_count, "one row per setting");
 

@@ -48,6 +48,7 @@ enum zorn_setting : int {
     zorn_setting_channel_window_height,
     zorn_setting_channel_window_dupe,
     zorn_setting_colorflash_enable,
+    zorn_setting_split_view,
     zorn_setting_count,
 };
 
@@ -116,6 +117,7 @@ struct char_config {
     int channel_window_height;
     int channel_window_dupe;
     int colorflash_enable;
+    int split_view;  // while scrolled back, the lower third of the main text shows the live end
     std::vector<popup_window_config> popup_window_list;  // lookup is by name; order carries no meaning
 };
 

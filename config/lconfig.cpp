@@ -358,7 +358,7 @@ void LConfig::use_default_preferences() {
         zorn_setting_cmd_pushthrough,           zorn_setting_local_echo,     zorn_setting_cmd_separator,
         zorn_setting_keypad_walking,            zorn_setting_locking_scrollback_enable,
         zorn_setting_url_hotlinking,            zorn_setting_channel_window_dupe,
-        zorn_setting_colorflash_enable,
+        zorn_setting_colorflash_enable,         zorn_setting_split_view,
     };
     for (zorn_setting key : plain_setters) set(key, get(key));
     apply_settings();

@@ -127,6 +127,7 @@ public:
     int get_channel_window_height() const { return get(zorn_setting_channel_window_height); }
     int get_channel_window_dupe() const { return get(zorn_setting_channel_window_dupe); }
     int get_colorflash_enable() const { return get(zorn_setting_colorflash_enable); }
+    int get_split_view() const { return get(zorn_setting_split_view); }
 
     void set_font_size(int v) { set(zorn_setting_font_size, v); }
     void set_button_font_size(int v) { set(zorn_setting_button_font_size, v); }
@@ -163,6 +164,7 @@ public:
     void set_channel_window_height(int v) { set(zorn_setting_channel_window_height, v); }
     void set_channel_window_dupe(int v) { set(zorn_setting_channel_window_dupe, v); }
     void set_colorflash_enable(int v) { set(zorn_setting_colorflash_enable, v); }
+    void set_split_view(int v) { set(zorn_setting_split_view, v); }
 
     int get_system_audio() const { return system_audio_enable; }
     // Needs no current record. Starts or stops audio through the listener.

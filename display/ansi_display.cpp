@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "display/display_hooks.h"
+#include "display/find_strip.h"
 #include "display/glyph_painter.h"
 #include "input/frame_link.h"
 #include "theme/font.h"
@@ -31,6 +32,7 @@ zorn_ansi_display::zorn_ansi_display(wxWindow* parent, wxWindowID id, const wxSt
 }
 
 void zorn_ansi_display::refresh_text() {
+    if (find_strip) find_strip->text_arrived();
     textctrl->Refresh(false);
     update_scrollbar();
 }
@@ -109,9 +111,17 @@ void zorn_ansi_display::resize_handler(bool) {
     // A resize always ends the lock.
     if (!ansi.following) ansi.unlock_scrollback();
     scrollbar->Show(scrollbar_enabled != 0);
+    layout_foot();
+}
+
+void zorn_ansi_display::layout_foot() {
+    const wxSize size = GetSize();
     const int margin = draw_frame ? 2 : 0;
-    textctrl->set_size(margin, margin, std::max(1, width - 2 * margin - get_scrollbar_width()),
-                       std::max(1, height - 2 * margin));
+    const int width = std::max(1, size.GetWidth() - 2 * margin - get_scrollbar_width());
+    const int foot = find_strip && find_strip->IsShown() ? find_strip->strip_height() : 0;
+    const int text_height = std::max(1, size.GetHeight() - 2 * margin - foot);
+    textctrl->set_size(margin, margin, width, text_height);
+    if (foot) find_strip->SetSize(margin, margin + text_height, width, foot);
     update_scrollbar();
 }
 
@@ -169,7 +179,10 @@ void zorn_ansi_display::focus_handler(wxFocusEvent& event) {
 // zorn_main_window -------------------------------------------------------------------------------------
 
 zorn_main_window::zorn_main_window(wxWindow* parent, wxWindowID id)
-    : zorn_ansi_display(parent, id, wxT("main window")) {}
+    : zorn_ansi_display(parent, id, wxT("main window")) {
+    textctrl->split_allowed = 1;
+    find_strip = new zorn_find_strip(this);
+}
 
 void zorn_main_window::resize_handler(bool force) {
     const zorn_display_settings settings = zorn_get_display_settings();

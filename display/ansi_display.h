@@ -19,6 +19,7 @@
 class wxFocusEvent;
 class wxMouseEvent;
 class wxScrollEvent;
+class zorn_find_strip;
 
 class zorn_ansi_scrollbar : public wxScrollBar {
 public:
@@ -79,6 +80,11 @@ public:
     zorn_ansi_model ansi;
     int scrollbar_enabled = 1;
     int draw_frame = 1;  // 0 in a popup window: no frame, the text covers the whole area
+    // The find strip under the text (Ctrl-F); only the main text has one, others keep null.
+    zorn_find_strip* find_strip = nullptr;
+    // Places the text control and, while it shows, the find strip below it. Unlike a resize of
+    // the display this keeps the scroll lock.
+    void layout_foot();
 
 protected:
     void repaint_display() override;

@@ -360,3 +360,17 @@ void zorn_ansi_model::set_scroll_position(int position) {
     view_line = text->set_top_line(position);
     client->update_scrollbar();
 }
+
+void zorn_ansi_model::lock_at_lines(int first, int last) {
+    const int visible = text->get_visible_line_count();
+    const int low = text->top_anchored ? 0 : visible - 1;
+    int target = text->top_anchored ? first - visible / 2 : last + (visible - 1) / 2;
+    target = std::max(low, std::min(target, end_position()));
+    const bool was_following = following != 0;
+    if (!no_lock) set_locked(true);
+    view_line = target;
+    text->set_scroll_line(view_line);
+    client->update_scrollbar();
+    client->repaint_display();
+    if (was_following && !following) client->lock_changed();
+}

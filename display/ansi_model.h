@@ -68,6 +68,9 @@ public:
     // The scrollbar's thumb moved to position (scroll_event_handler without the widget).
     void scroll_thumb_moved(int position);
     void set_scroll_position(int position);
+    // A search jump: locks the view with lines first to last a little above its middle, so that
+    // the live end of a split view doesn't cover them.
+    void lock_at_lines(int first, int last);
     bool is_following() const { return following != 0; }
     // The index that the view's end position stands for (E).
     int end_position() const;

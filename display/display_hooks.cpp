@@ -17,6 +17,7 @@ zorn_display_settings default_settings() {
     settings.mw_scrollbar_enable = config.get_mw_scrollbar_enable();
     settings.automap_display = config.get_automap_display();
     settings.group_status_display = config.get_group_status_display();
+    settings.split_view = config.get_split_view();
     return settings;
 }
 

@@ -12,6 +12,7 @@ struct zorn_display_settings {
     int mw_scrollbar_enable = 1;
     int automap_display = 1;
     int group_status_display = 1;
+    int split_view = 1;
 };
 
 using zorn_display_settings_source = zorn_display_settings (*)();

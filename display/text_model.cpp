@@ -242,7 +242,13 @@ void zorn_textctrl_model::clear_text() {
     skip_leading_newlines = 1;
     stream.clear();
     chunks.clear();
+    ++cleared_count;
     reset_lines();
+}
+
+int zorn_textctrl_model::line_at_offset(uint64_t offset) const {
+    const long long line = lines.last_at_or_below(offset, [](const zorn_textctrl_line& l) { return l.start(); });
+    return static_cast<int>(std::max(0LL, std::min<long long>(line, current_line)));
 }
 
 void zorn_textctrl_model::get_max_char_size(int* max_width, int* max_height) const {
@@ -294,7 +300,7 @@ void zorn_textctrl_model::get_scroll_info(int* position, int* range, int* page) 
     }
 }
 
-void zorn_textctrl_model::translate_xy_to_line_and_offset(int x, int y, int* line, int* offset) const {
+void zorn_textctrl_model::translate_xy_to_line_and_offset(int x, int y, int* line, int* offset, int bottom_line) const {
     *line = 0;
     *offset = 0;
     if (font_height < 1) {
@@ -305,7 +311,7 @@ void zorn_textctrl_model::translate_xy_to_line_and_offset(int x, int y, int* lin
     }
     const int base = top_anchored ? 0 : height - font_height;
     // The 10000 lines added and taken away keep the dividend positive above the window.
-    long long index = scroll_line + (static_cast<long long>(font_height) * 10000 + y - base) / font_height - 10000;
+    long long index = (bottom_line >= 0 ? bottom_line : scroll_line) + (static_cast<long long>(font_height) * 10000 + y - base) / font_height - 10000;
     index = std::max(0LL, std::min<long long>(index, current_line));
     *line = static_cast<int>(index);
     if (x < 0) x = 0;

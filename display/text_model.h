@@ -104,7 +104,8 @@ public:
     void set_scroll_line(int line);
     int set_top_line(int line);
     void get_scroll_info(int* position, int* range, int* page) const;
-    void translate_xy_to_line_and_offset(int x, int y, int* line, int* offset) const;
+    // bottom_line: the line drawn lowest, when it isn't scroll_line (the live end of a split view).
+    void translate_xy_to_line_and_offset(int x, int y, int* line, int* offset, int bottom_line = -1) const;
 
     // Selection.
     void clear_selection();
@@ -134,8 +135,20 @@ public:
     template <typename F>
     void for_each_piece(int line, F&& fn) const;
 
-    // The raw stream, for tests and the log.
+    // The raw stream, for tests, the log and the search (display/text_search.h). generation()
+    // changes whenever the stream is emptied, so a reader can tell new text from a new stream.
     std::string raw_text() const;
+    uint64_t stream_size() const { return stream.size(); }
+    char stream_at(uint64_t offset) const { return stream.at(offset); }
+    template <typename F>
+    bool for_each_stream_span(uint64_t from, uint64_t to, F&& fn) const {
+        return stream.for_each_span(from, to, fn);
+    }
+    uint64_t generation() const { return cleared_count; }
+    // The display line that holds stream offset `offset`, and where a line starts and ends.
+    int line_at_offset(uint64_t offset) const;
+    uint64_t line_stream_start(int line) const { return line_exists(line) ? line_start(line) : 0; }
+    uint64_t line_stream_end(int line) const { return line_exists(line) ? line_end(line) : 0; }
     size_t raw_chunk_count() const { return chunks.size(); }
     size_t line_capacity() const;
     // Bytes held for this control: stream pages and both record tables.
@@ -191,6 +204,7 @@ private:
     zorn_segmented_array<zorn_textctrl_chunk> chunks;
     zorn_segmented_array<zorn_textctrl_line> lines;
     int64_t open_width = 0;  // pixel width of the line being filled
+    uint64_t cleared_count = 0;
 };
 
 template <typename F>

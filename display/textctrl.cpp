@@ -90,11 +90,40 @@ void zorn_textctrl::repaint_internal(zorn_bitmap& bitmap) {
         for (int line = model.scroll_line, y = window_height - 1 - line_height; line >= 0 && y > -line_height;
              --line, y -= line_height)
             paint_line(painter, line, y);
+        if (const int lines = split_lines()) paint_live_end(painter, lines);
     }
 }
 
-// Offsets inside [selected_from, selected_to) are drawn opaque on the selection background, the
-// rest transparent; a chunk that holds a boundary is drawn in pieces so that x runs on unbroken.
+int zorn_textctrl::split_lines() const {
+    if (!split_allowed || model.top_anchored || !model.frozen || model.scroll_line >= model.current_line) return 0;
+    const int visible = model.get_visible_line_count();
+    if (visible < 3 || !zorn_get_display_settings().split_view) return 0;
+    return visible / 3;
+}
+
+// The live end over the lower third: the newest lines on the bottom edge, below a divider, as a
+// following view would show them. The scrolled-back view above keeps its place.
+void zorn_textctrl::paint_live_end(zorn_pixel_painter& painter, int lines) {
+    const int line_height = model.font_height;
+    const int bottom = painter.height() - 1;
+    const int top = bottom - lines * line_height;
+    const int right = painter.width() - 1;
+    painter.fill_rectangle(0, top, right, bottom, model.background_color);
+    painter.fill_rectangle(0, top - split_divider_height, right, top - 1, split_divider_color);
+    for (int i = 0, line = model.current_line; i < lines && line >= 0; ++i, --line)
+        paint_line(painter, line, bottom - (i + 1) * line_height);
+}
+
+void zorn_textctrl::collect_hits(int line) {
+    line_hits.clear();
+    if (!search || !search->active()) return;
+    search->for_each_hit_in(model.line_stream_start(line), model.line_stream_end(line),
+                            [&](int from, int to, bool current) { line_hits.push_back({from, to, current}); });
+}
+
+// Offsets inside [selected_from, selected_to) are drawn opaque on the selection background, those
+// of a search hit on the hit's background, the rest transparent; a chunk that holds a boundary is
+// drawn in pieces so that x runs on unbroken. The selection wins over a hit.
 void zorn_textctrl::paint_line(zorn_pixel_painter& painter, int line, int y) {
     if (!model.line_exists(line)) return;
     int selected_from = 0, selected_to = 0;
@@ -102,6 +131,8 @@ void zorn_textctrl::paint_line(zorn_pixel_painter& painter, int line, int y) {
         selected_from = line == model.selection_start_line ? model.selection_start_offset : 0;
         selected_to = line == model.selection_end_line ? model.selection_end_offset + 1 : INT_MAX;
     }
+    collect_hits(line);
+    size_t hit = 0;
     int x = 1;
     int offset = 0;
     const int right = painter.width();
@@ -111,9 +142,20 @@ void zorn_textctrl::paint_line(zorn_pixel_painter& painter, int line, int y) {
         while (at < length) {
             const int position = offset + at;
             const bool selected = position >= selected_from && position < selected_to;
-            const int boundary = selected ? selected_to : (position < selected_from ? selected_from : INT_MAX);
+            int boundary = selected ? selected_to : (position < selected_from ? selected_from : INT_MAX);
+            const zorn_rgb* background = selected ? &selection_background : nullptr;
+            while (hit < line_hits.size() && line_hits[hit].to <= position) ++hit;
+            if (hit < line_hits.size()) {
+                const hit_range& range = line_hits[hit];
+                if (range.from > position) {
+                    boundary = std::min(boundary, range.from);
+                } else {
+                    boundary = std::min(boundary, range.to);
+                    if (!selected) background = range.current ? &search_current_background : &search_hit_background;
+                }
+            }
             const int run = static_cast<int>(std::min<long long>(length - at, static_cast<long long>(boundary) - position));
-            x = painter.draw_text(glyphs, text + at, run, x, y, color, selected ? &selection_background : nullptr);
+            x = painter.draw_text(glyphs, text + at, run, x, y, color, background);
             at += run;
         }
         offset += length;
@@ -161,7 +203,10 @@ void zorn_textctrl::mouse_handler(wxMouseEvent& event) {
         y += model.font_height;
     }
     int line = 0, offset = 0;
-    model.translate_xy_to_line_and_offset(x, y, &line, &offset);
+    // Below the divider of a split view lie the newest lines, not those of the scrolled-back view.
+    const int live = split_lines();
+    const bool in_live_end = live > 0 && y >= window_height - 1 - live * model.font_height;
+    model.translate_xy_to_line_and_offset(x, y, &line, &offset, in_live_end ? model.current_line : -1);
     if (type == wxEVT_LEFT_DOWN) {
         if (url_clicked_on(line, offset)) return;
         model.selecting = 1;

@@ -11,6 +11,7 @@
 #include "display/color_flash.h"
 #include "display/glyph_painter.h"
 #include "display/text_model.h"
+#include "display/text_search.h"
 #include "input/embedded_window.h"
 
 class wxFocusEvent;
@@ -22,6 +23,10 @@ class zorn_font;
 class zorn_textctrl : public zorn_embedded_window, public zorn_textctrl_view_client {
 public:
     static constexpr zorn_rgb selection_background{64, 64, 64};
+    static constexpr zorn_rgb search_hit_background{0, 90, 160};
+    static constexpr zorn_rgb search_current_background{210, 110, 0};
+    static constexpr zorn_rgb split_divider_color{160, 160, 160};
+    static constexpr int split_divider_height = 2;
 
     zorn_textctrl(wxWindow* parent, wxWindowID id, const wxPoint& pos = wxDefaultPosition,
                   const wxSize& size = wxSize(20, 20));
@@ -57,9 +62,18 @@ public:
     zorn_color_flash_list flash_list;
     int drag_scroll_speed = 0;  // lines per step while a selection is dragged past an edge
     int url_click_active = 0;
+    // The find strip's search, whose hits are lit while it is open; null otherwise. Not owned.
+    const zorn_text_search* search = nullptr;
+    // Set on the main text only: while the view is scrolled back, its lower third shows the live
+    // end (the split_view setting).
+    int split_allowed = 0;
+    // Lines the live end takes while the split shows; 0 when it doesn't.
+    int split_lines() const;
 
 private:
     void paint_line(zorn_pixel_painter& painter, int line, int y);
+    void paint_live_end(zorn_pixel_painter& painter, int lines);
+    void collect_hits(int line);
     void mouse_handler(wxMouseEvent& event);
     void mouse_event_handler(wxMouseCaptureLostEvent& event);
     void focus_handler(wxFocusEvent& event);
@@ -69,6 +83,11 @@ private:
     void move_cursor_to(int x, int y);
 
     zorn_glyph_masks glyphs;
+    struct hit_range {
+        int from, to;
+        bool current;
+    };
+    std::vector<hit_range> line_hits;  // of the line being painted; kept to reuse its memory
 
     wxDECLARE_EVENT_TABLE();
 };

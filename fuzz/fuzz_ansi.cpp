@@ -9,6 +9,7 @@
 
 #include "base/fixed_string.h"
 #include "display/ansi_model.h"
+#include "display/text_search.h"
 #include "display/color_flash.h"
 #include "config/debug_log.h"
 
@@ -85,6 +86,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         }
         text.translate_xy_to_line_and_offset(i * 7 - 20, i * 5 - 30, &line, &offset);
         if (!text.line_exists(line) || offset < 0 || offset > text.line_length(line)) __builtin_trap();
+    }
+
+    // A search for the input's first bytes: every hit maps to lines that exist, within them.
+    zorn_text_search search;
+    search.set_query(std::string(reinterpret_cast<const char*>(data), size < 3 ? size : 3));
+    search.update(text);
+    for (size_t i = 0; i < search.count() && i < 200; ++i) {
+        const zorn_text_search::place at = search.place_of(text, i);
+        if (!text.line_exists(at.first_line) || at.last_line < at.first_line || at.first_offset < 0 ||
+            at.last_offset >= text.line_length(at.last_line) + 1)
+            __builtin_trap();
     }
 
     // The history rebuilds the text control, and the same bytes make a colour flash payload.

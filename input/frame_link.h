@@ -8,6 +8,7 @@
 
 #include <string>
 
+class wxKeyEvent;
 class wxWindow;
 
 class zorn_frame_link {
@@ -29,6 +30,11 @@ public:
     virtual void main_page_up() {}
     virtual void main_page_down() {}
     virtual bool main_has_selection() { return false; }
+    // Ctrl-F: the find strip under the main text, with the keyboard in it.
+    virtual void open_main_find() {}
+    // A function key pressed outside the command line (the find box): the player's alias, as on
+    // the command line. False when not taken.
+    virtual bool function_key(const wxKeyEvent& /*event*/) { return false; }
     virtual void main_clear_selection() {}
 
     // ---- The channel display now shown (none: following, nothing selected) ------------------------

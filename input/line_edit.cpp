@@ -399,6 +399,9 @@ bool zorn_line_edit::ctrl_key(wxKeyEvent& event) {
             clear_line();
             if (link) link->send_break();
             return true;
+        case 'F':
+            if (link) link->open_main_find();
+            return true;
         case 'K': clear_line(); return true;
         case 'M': toggle_automap(); return true;
         case 'P': toggle_setting(&LConfig::get_hpbar_enable, &LConfig::set_hpbar_enable); return true;
