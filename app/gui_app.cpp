@@ -13,6 +13,8 @@
 #include "config/config_directory.h"
 #include "config/debug_log.h"
 #include "config/lconfig.h"
+#include "net/download_queue.h"
+#include "net/soundpack_updater.h"
 #include "net/ssl_context.h"
 #include "theme/builtin_images.h"
 #include "theme/font.h"
@@ -89,7 +91,10 @@ bool zorn_gui_app::OnInit() {
     frame->Show(true);
     SetTopWindow(frame);
     read_display_size(frame);
-    // FIXME: the soundpack updater thread starts here.
+    // The updater and the download queue fetch from the web host of the system file's "web_host".
+    const LConfig& config = LConfig::instance();
+    zorn_download::set_site(zorn_client_config_directory(), config.get_web_host(), config.get_web_port());
+    zorn_start_soundpack_updater(zorn_client_config_directory(), config.get_web_host(), config.get_web_port());
     return true;
 }
 

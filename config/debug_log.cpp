@@ -57,26 +57,29 @@ void zorn_signal_safe_logfile::close() {
     descriptor = -1;
 }
 
+namespace {
+thread_local int write_depth = 0;
+}  // namespace
+
 bool zorn_signal_safe_logfile::write(const char* text) {
     if (!text) text = "(null)";
-    if (depth > recursion_limit) return false;
-    if (depth == recursion_limit) {
-        ++depth;  // the report below then stops at the first test instead of recursing
+    if (write_depth > recursion_limit) return false;
+    if (write_depth == recursion_limit) {
+        ++write_depth;  // the report below then stops at the first test instead of recursing
         zorn_client_debug_event("Error in zorn_signal_safe_logfile::write(), recursion limiter triggered.",
                                 zorn_cat_warning);
-        --depth;
+        --write_depth;
         return false;
     }
-    ++depth;
+    ++write_depth;
     const size_t size = std::strlen(text);
     const ssize_t written = ::write(descriptor, text, size);
-    --depth;
+    --write_depth;
     if (written < 0 || static_cast<size_t>(written) != size) {
-        if (!write_failed) {
-            write_failed = true;
-            ++depth;
+        if (!write_failed.exchange(true)) {
+            ++write_depth;
             zorn_client_debug_event("Error in zorn_signal_safe_logfile::write(), write failed.", zorn_cat_warning);
-            --depth;
+            --write_depth;
         }
         return false;
     }

@@ -2,6 +2,7 @@
 // The debug log: plain lines for a maintainer, written to a file that opens at the first message.
 // Usable from any thread; the writer itself (zorn_signal_safe_logfile::write) is signal-safe.
 
+#include <atomic>
 #include <string>
 
 // Category bits of zorn_client_debug_event. 256 is the chatty one, shown at level 3 only.
@@ -40,8 +41,9 @@ public:
 
 private:
     int descriptor = -1;
-    int depth = 0;
-    bool write_failed = false;
+    // Any thread may log: the recursion depth is counted per thread (in debug_log.cpp), and the
+    // one-time failure report is a lock-free flag, so the writer stays usable in a signal handler.
+    std::atomic<bool> write_failed{false};
 };
 
 void zorn_client_debug_printf(const char* format, ...) __attribute__((format(printf, 1, 2)));

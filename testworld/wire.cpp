@@ -4,16 +4,12 @@
 
 namespace testworld {
 
-namespace {
-
 int hex_value(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
     if (c >= 'A' && c <= 'F') return c - 'A' + 10;
     return -1;
 }
-
-}  // namespace
 
 std::string sgr(int code) { return "\x1b[" + std::to_string(code) + "m"; }
 

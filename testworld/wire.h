@@ -22,6 +22,8 @@ enum sgr_code : int {
 
 // "\x1b[<code>m"
 std::string sgr(int code);
+// 0 to 15 for a hexadecimal digit of either case, -1 for anything else.
+int hex_value(char c);
 // Text wrapped in its colour codes and a reset, each in a sequence of its own.
 std::string colored(const std::string& text, int color, bool bold = false);
 
