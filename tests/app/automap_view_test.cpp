@@ -19,6 +19,7 @@
 #include "display/textctrl.h"
 #include "input/input_window.h"
 #include "testworld/map_area.h"
+#include "tests/app/offline_frame.h"
 #include "tests/support/gui_main.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/screen.h"
@@ -44,18 +45,9 @@ constexpr int square = testworld::map_village_offset + 1;
 class AutomapView : public ::testing::Test {
 protected:
     void SetUp() override {
-        create_themes();
-        zorn_load_builtin_images();
-        switch_themes();
-        char pattern[] = "/tmp/lantern-automap-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
-        LConfig::instance().set_directory(dir.c_str());
-        LConfig::instance().set_server_host("127.0.0.1:1");
-        frame = new zorn_mw(nullptr, wxID_ANY, "Ember Vale", wxPoint(0, 0), wxSize(zorn_frame_width, zorn_frame_height),
-                            wxDEFAULT_FRAME_STYLE);
-        frame->first_pass_done = 1;  // offline: the tests are the server
-        frame->Show();
+        dir = offline_settings("automap");
+        ASSERT_FALSE(dir.empty());
+        frame = make_offline_frame();
         // The pointer rests over the text, away from the map.
         keys.MouseMove(frame->GetScreenPosition() + wxPoint(600, 100));
         pump_for(20);

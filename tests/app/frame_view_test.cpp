@@ -18,6 +18,7 @@
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
 #include "input/input_window.h"
+#include "tests/app/offline_frame.h"
 #include "tests/support/gui_main.h"
 #include "tests/support/screen.h"
 #include "theme/builtin_images.h"
@@ -36,14 +37,8 @@ wxImage fresh_picture(zorn_embedded_window* window) {
 class FrameView : public ::testing::Test {
 protected:
     void SetUp() override {
-        create_themes();
-        zorn_load_builtin_images();
-        switch_themes();
-        char pattern[] = "/tmp/lantern-view-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
-        LConfig::instance().set_directory(dir.c_str());
-        LConfig::instance().set_server_host("127.0.0.1:1");
+        dir = offline_settings("view");
+        ASSERT_FALSE(dir.empty());
     }
     void TearDown() override {
         if (frame) {
@@ -54,10 +49,7 @@ protected:
         std::system(("rm -rf '" + dir + "'").c_str());
     }
     void make_frame() {
-        frame = new zorn_mw(nullptr, wxID_ANY, "Ember Vale", wxPoint(0, 0), wxSize(zorn_frame_width, zorn_frame_height),
-                            wxDEFAULT_FRAME_STYLE);
-        frame->first_pass_done = 1;  // offline: the tests are the server
-        frame->Show();
+        frame = make_offline_frame();
     }
     void server(const std::string& bytes) {
         frame->begin_block();

@@ -20,6 +20,7 @@
 #include "display/ansi_display.h"
 #include "display/ansi_palette.h"
 #include "input/input_window.h"
+#include "tests/app/offline_frame.h"
 #include "tests/support/case_file.h"
 #include "tests/support/gui_main.h"
 #include "theme/builtin_images.h"
@@ -31,23 +32,15 @@ namespace {
 class Menus : public ::testing::Test {
 protected:
     void SetUp() override {
-        create_themes();
-        zorn_load_builtin_images();
-        switch_themes();
-        char pattern[] = "/tmp/lantern-menus-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
+        dir = offline_settings("menus");
+        ASSERT_FALSE(dir.empty());
         old_path = std::getenv("PATH") ? std::getenv("PATH") : "";
         setenv("PATH", (dir + ":" + old_path).c_str(), 1);
         LConfig& config = LConfig::instance();
-        config.set_directory(dir.c_str());
         config.set_server_host("play.test.example:1");
         if (!config.current()) config.setup_default_config(nullptr);
         config.use_default_preferences();
-        frame = new zorn_mw(nullptr, wxID_ANY, "Ember Vale", wxPoint(0, 0), wxSize(zorn_frame_width, zorn_frame_height),
-                            wxDEFAULT_FRAME_STYLE);
-        frame->first_pass_done = 1;  // offline
-        frame->Show();
+        frame = make_offline_frame();
     }
     void TearDown() override {
         frame->shutdown_countdown = 0;

@@ -15,24 +15,37 @@
 #include "theme/builtin_images.h"
 #include "theme/theme.h"
 
+// Themes and images loaded, settings in a private directory under /tmp, the game host a closed port
+// on loopback. Answers the directory, or "" when it could not be made.
+inline std::string offline_settings(const char* name) {
+    create_themes();
+    zorn_load_builtin_images();
+    switch_themes();
+    std::string pattern = std::string("/tmp/lantern-") + name + "-XXXXXX";
+    if (!mkdtemp(pattern.data())) return "";
+    LConfig::instance().set_directory(pattern.c_str());
+    LConfig::instance().set_server_host("127.0.0.1:1");
+    return pattern;
+}
+
+// The frame as the application builds it, shown at the top left, making no connection of its own.
+inline zorn_mw* make_offline_frame() {
+    auto* frame = new zorn_mw(nullptr, wxID_ANY, "Ember Vale", wxPoint(0, 0),
+                              wxSize(zorn_frame_width, zorn_frame_height), wxDEFAULT_FRAME_STYLE);
+    frame->first_pass_done = 1;  // the test is the server
+    frame->Show();
+    return frame;
+}
+
 class offline_frame_test : public ::testing::Test {
 protected:
     void SetUp() override {
-        create_themes();
-        zorn_load_builtin_images();
-        switch_themes();
-        char pattern[] = "/tmp/lantern-frame-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
+        dir = offline_settings("frame");
+        ASSERT_FALSE(dir.empty());
         LConfig& config = LConfig::instance();
-        config.set_directory(dir.c_str());
-        config.set_server_host("127.0.0.1:1");
         if (!config.current()) config.setup_default_config(nullptr);
         config.use_default_preferences();
-        frame = new zorn_mw(nullptr, wxID_ANY, "Ember Vale", wxPoint(0, 0), wxSize(zorn_frame_width, zorn_frame_height),
-                            wxDEFAULT_FRAME_STYLE);
-        frame->first_pass_done = 1;  // offline: the tests are the server
-        frame->Show();
+        frame = make_offline_frame();
         server(";slogin;Tester;elogin;");
     }
     void TearDown() override {

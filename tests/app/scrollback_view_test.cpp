@@ -19,6 +19,7 @@
 #include "display/find_strip.h"
 #include "input/input_window.h"
 #include "tests/panels/panel_support.h"
+#include "tests/app/offline_frame.h"
 #include "tests/support/gui_main.h"
 #include "tests/support/screen.h"
 #include "theme/builtin_images.h"
@@ -40,18 +41,9 @@ bool near(const zorn_rgb& a, const zorn_rgb& b) {
 class ScrollbackView : public ::testing::Test {
 protected:
     void SetUp() override {
-        create_themes();
-        zorn_load_builtin_images();
-        switch_themes();
-        char pattern[] = "/tmp/lantern-find-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
-        LConfig::instance().set_directory(dir.c_str());
-        LConfig::instance().set_server_host("127.0.0.1:1");
-        frame = new zorn_mw(nullptr, wxID_ANY, "Ember Vale", wxPoint(0, 0), wxSize(zorn_frame_width, zorn_frame_height),
-                            wxDEFAULT_FRAME_STYLE);
-        frame->first_pass_done = 1;  // offline: the tests are the server
-        frame->Show();
+        dir = offline_settings("find");
+        ASSERT_FALSE(dir.empty());
+        frame = make_offline_frame();
         pump_for(50);
     }
     void TearDown() override {

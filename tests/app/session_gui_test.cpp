@@ -20,6 +20,7 @@
 #include "input/input_window.h"
 #include "panels/status_bar.h"
 #include "panels/status_display.h"
+#include "tests/app/offline_frame.h"
 #include "tests/support/gui_main.h"
 #include "tests/support/log_capture.h"
 #include "theme/builtin_images.h"
@@ -30,18 +31,9 @@ namespace {
 class Session : public ::testing::Test {
 protected:
     void SetUp() override {
-        create_themes();
-        zorn_load_builtin_images();
-        switch_themes();
-        char pattern[] = "/tmp/lantern-session-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        dir = pattern;
-        LConfig::instance().set_directory(dir.c_str());
-        LConfig::instance().set_server_host("127.0.0.1:1");
-        frame = new zorn_mw(nullptr, wxID_ANY, "Ember Vale", wxDefaultPosition,
-                            wxSize(zorn_frame_width, zorn_frame_height), wxDEFAULT_FRAME_STYLE);
-        frame->first_pass_done = 1;  // no automatic connect: the tests feed the parser themselves
-        frame->Show();
+        dir = offline_settings("session");
+        ASSERT_FALSE(dir.empty());
+        frame = make_offline_frame();
     }
     void TearDown() override {
         frame->Destroy();
